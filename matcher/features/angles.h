@@ -1,0 +1,48 @@
+#pragma once
+
+// Angle arithmetic on direction steps. Two turns live side by side here, and each function says
+// which one it uses: features are built at 255 steps a turn, matching wraps at 256.
+//
+// Deliberate: the 255-step differences keep their own conventions (equal directions have a forward
+// difference of 255, not 0). Do not unify them with the 256-step ones.
+//
+// All functions are pure and never throw.
+
+#include <cstdint>
+
+namespace orl::matcher {
+
+inline constexpr int kFeatureStepsPerTurn = 255;   // features: direction bytes, bearings, tables
+inline constexpr int kMatchingStepsPerTurn = 256;  // matching: wrap-around of direction arithmetic
+
+// Degrees 0..360 to steps of the 255-step turn, rounded half away from zero: 360 gives 255,
+// 180 gives 128, 1 gives 1.
+std::int16_t DegreesToSteps(std::uint16_t degrees);
+
+// Smaller angle between two directions, 255-step turn: min(255 - |a - b|, |a - b|).
+constexpr std::int16_t CircularDifference(std::int16_t a, std::int16_t b) {
+    const int difference = a > b ? a - b : b - a;
+    const int other = kFeatureStepsPerTurn - difference;
+    return static_cast<std::int16_t>(other < difference ? other : difference);
+}
+
+// Smaller angle between two undirected lines: the circular difference m folded to min(128 - m, m).
+constexpr std::int16_t AxialDifference(std::int16_t a, std::int16_t b) {
+    constexpr int kHalfTurnSteps = 128;
+    const int difference = CircularDifference(a, b);
+    const int other = kHalfTurnSteps - difference;
+    return static_cast<std::int16_t>(other < difference ? other : difference);
+}
+
+// Steps from a forward to b, 255-step turn: b - a when b is greater, else b - a + 255 (so equal
+// angles give 255).
+constexpr std::int16_t ForwardDifference(std::int16_t a, std::int16_t b) {
+    return static_cast<std::int16_t>(b > a ? b - a : b - a + kFeatureStepsPerTurn);
+}
+
+// |a - b| of two 16-bit values.
+constexpr std::int16_t AbsoluteDifference(std::int16_t a, std::int16_t b) {
+    return static_cast<std::int16_t>(b > a ? b - a : a - b);
+}
+
+}  // namespace orl::matcher

@@ -1,0 +1,27 @@
+#pragma once
+
+// The constructor of triangle features, used for the triangles of a triangulation and for those
+// that matching forms itself from rotated vertices. Pure functions apart from the lookup tables'
+// build on first use; safe from any thread.
+
+#include "matcher/features/finger_model.h"
+
+namespace orl::matcher {
+
+// Orders three vertices, in place, by their bearing from the triangle's weighted centre, ascending;
+// equal bearings keep their positions (three compare-exchange steps: 0-2, 0-1, 1-2). The third
+// vertex weighs twice as much as each of the others in that centre.
+void OrderTriangleVertices(TriangleVertex (&vertices)[3]);
+
+// The same, returning the ordered vertices of the given triangle; `sides` is zero in the result.
+TriangleFeature OrderedTriangle(const TriangleVertex& a, const TriangleVertex& b,
+                                const TriangleVertex& c);
+
+// The whole feature: ordered vertices and the side length word.
+TriangleFeature MakeTriangleFeature(const TriangleVertex& a, const TriangleVertex& b,
+                                    const TriangleVertex& c);
+
+// The order of a finger's triangle list: bytes 12, 13, 14 as signed bytes, lexicographically.
+bool TriangleKeyLess(const TriangleFeature& left, const TriangleFeature& right);
+
+}  // namespace orl::matcher
