@@ -1,0 +1,63 @@
+#!/usr/bin/env bash
+# test.sh: installs what is missing, builds every preset and passes every test: Linux, Windows under
+# Wine, both with the file log sink, the sanitizer builds, and the format and lint checks.
+# ORL_RECORDS may name a folder of real *.fmr records; tests that read them skip without it.
+# The last line is "N passed, N failed"; the exit status is 0 only when nothing failed.
+set -uo pipefail
+cd "$(dirname "$(realpath "$0")")" || exit 1
+
+scripts/install_packages.sh g++ clang libclang-rt-14-dev clang-format clang-tidy cmake ninja-build \
+  g++-mingw-w64-x86-64-posix wine wine64 googletest libbenchmark-dev libcli11-dev \
+  nlohmann-json3-dev libsqlite3-dev || exit 1
+
+passed=0
+failed=0
+
+# count NAME PASSED FAILED: adds one stage's outcome to the totals and tells it.
+count() {
+  passed=$((passed + $2))
+  failed=$((failed + $3))
+  printf '== %s: %d passed, %d failed (%d s)\n' "$1" "$2" "$3" "$SECONDS"
+}
+
+# stage NAME COMMAND...: a check that counts as one test; its output is shown when it fails.
+stage() {
+  local name=$1 log
+  shift
+  log=$(mktemp)
+  if "$@" >"$log" 2>&1; then
+    count "$name" 1 0
+  else
+    cat "$log"
+    count "$name" 0 1
+  fi
+  rm -f "$log"
+}
+
+configure_and_build() {
+  cmake --preset "$1" && cmake --build --preset "$1"
+}
+
+# build_and_test PRESET: builds a preset and runs its tests.
+build_and_test() {
+  local preset=$1 status=0 totals
+  stage "$preset build" configure_and_build "$preset"
+  rm -rf "build/$preset/test-results"
+  mkdir -p "build/$preset/test-results"
+  ctest --preset "$preset" --output-junit "test-results/ctest.junit" || status=$?
+  totals=$(cmake -DRESULTS="build/$preset/test-results" -DSTATUS="$status" \
+    -P cmake/sum_test_results.cmake 2>&1)
+  # shellcheck disable=SC2086  # two numbers
+  count "$preset tests" $totals
+}
+
+for preset in native windows asan tsan native-log windows-log; do
+  build_and_test "$preset"
+done
+stage "benchmarks build" configure_and_build bench
+stage "fuzz targets build" configure_and_build fuzz
+stage "format" scripts/check_format.sh
+stage "lint" scripts/check_lint.sh
+
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
