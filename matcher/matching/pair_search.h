@@ -1,0 +1,35 @@
+#pragma once
+
+// First half of a finger match: finds the pairs of triangles that look alike and turns them into a
+// list of distinct minutia correspondences. Integer arithmetic on bytes throughout.
+
+#include <span>
+#include <vector>
+
+#include "matcher/features/finger_model.h"
+#include "matcher/matching/match_context.h"
+
+namespace orl::matcher {
+
+// Appends to context.trianglePairs, for every triangle of the first finger in list order, the pairs
+// it forms with like triangles of `secondTriangles`, in list order.
+// REQUIRES: `secondTriangles` is sorted as TriangleKeyLess tells and outlives the pairs.
+// Throws: std::bad_alloc.
+void searchTrianglePairs(MatchContext& context, std::span<const TriangleFeature> secondTriangles);
+
+// Compares the vertices of `second` with those of `first` under the three cyclic orders and appends
+// the pair to `pairs` when an order passes: similarity 1024 for equal triangles, less for more
+// costly ones. Which order passed is not kept. Both triangles must outlive `pairs`.
+// Throws: std::bad_alloc.
+void scoreTrianglePair(const TriangleFeature& second,
+                       std::vector<TrianglePair>& pairs,
+                       const TriangleFeature& first);
+
+// Ranks context.trianglePairs by similarity (equal ones keep their order) and fills
+// context.minutiaPairs with their vertices, corner by corner; a correspondence is dropped when both
+// of its positions are taken already. Returns false when fewer than 3 triangle pairs are there or
+// fewer than 3 minutia pairs result: the fingers cannot be aligned then.
+// Throws: std::bad_alloc, std::length_error.
+bool consolidatePairs(MatchContext& context);
+
+}  // namespace orl::matcher
