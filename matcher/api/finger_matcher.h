@@ -6,7 +6,7 @@
  * Conventions:
  * 1. Records are ISO/IEC 19794-2:2005 finger minutiae records, given as bytes and a size. They are
  *    only read, and nothing is kept of them after a call.
- * 2. Calls return an integer status, 0 for success; ORLFingerMatcher_StatusText has a text for each.
+ * 2. Calls return an integer status, 0 for success; ORLFingerMatcher_StatusText has their texts.
  * 3. A message is copied into the caller's error buffer cut to errorTextSize - 1 bytes and ended by
  *    a NUL. A null buffer, or a size below 1, receives nothing.
  * 4. ORLFingerMatcher_Initialize comes before the first match of a process, and again after an

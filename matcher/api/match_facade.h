@@ -16,12 +16,19 @@ namespace orl::matcher {
 // returns a match status: 0, or 1 to 5 as ORLFingerMatcher_StatusText tells them.
 // Throws: std::runtime_error "not triangulation", std::bad_alloc, std::length_error.
 // Safe from several threads at once.
-std::int32_t matchBuffers(const std::uint8_t* probe, std::size_t probeSize,
-                          const std::uint8_t* candidate, std::size_t candidateSize,
-                          TemplateMatchResult& result, std::string& message, std::int32_t threshold);
+std::int32_t matchBuffers(const std::uint8_t* probe,
+                          std::size_t probeSize,
+                          const std::uint8_t* candidate,
+                          std::size_t candidateSize,
+                          TemplateMatchResult& result,
+                          std::string& message,
+                          std::int32_t threshold);
 
 // The same for records in files; file names may carry identity texts, which must then agree.
-std::int32_t matchFiles(const std::string& probePath, const std::string& candidatePath,
-                        TemplateMatchResult& result, std::string& message, std::int32_t threshold);
+std::int32_t matchFiles(const std::string& probePath,
+                        const std::string& candidatePath,
+                        TemplateMatchResult& result,
+                        std::string& message,
+                        std::int32_t threshold);
 
 }  // namespace orl::matcher

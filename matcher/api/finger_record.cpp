@@ -1,0 +1,156 @@
+#include "matcher/api/finger_record.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+#include "matcher/api/record_reader.h"
+#include "matcher/features/finger_features.h"
+
+namespace orl::matcher {
+namespace {
+
+constexpr std::array<std::uint8_t, 8> kIdentifierAndVersion = {'F', 'M', 'R', 0, ' ', '2', '0', 0};
+constexpr std::size_t kCaptureEquipmentBytes = 2;
+constexpr std::size_t kResolutionBytes = 2;
+constexpr std::size_t kReservedBytes = 1;
+constexpr std::size_t kViewHeaderBytes = 4;
+constexpr std::size_t kMinutiaCountOffset = 3;
+constexpr std::size_t kBytesPerMinutia = 6;
+
+struct RecordHeader {
+    ImageSize imageSize;
+    std::uint8_t viewCount = 0;           // byte 22
+    std::uint8_t verticalResolution = 0;  // byte 20, the upper byte of two
+};
+
+// One finger view; both spans lie inside the record.
+struct RecordView {
+    std::span<const std::uint8_t> header;
+    std::span<const std::uint8_t> minutiae;
+};
+
+// Reads the 24 header bytes. False when they are not those of a record of the reader's length.
+bool readHeader(RecordReader& reader, RecordHeader& header) {
+    const std::size_t recordBytes = reader.remaining();
+    std::span<const std::uint8_t> identifier;
+    std::uint32_t lengthField = 0;
+    if (recordBytes < kRecordHeaderBytes ||
+        !reader.readBytes(kIdentifierAndVersion.size(), identifier) ||
+        !std::ranges::equal(identifier, kIdentifierAndVersion) || !reader.readUint32(lengthField) ||
+        lengthField != recordBytes) {
+        return false;
+    }
+    return reader.skip(kCaptureEquipmentBytes) && reader.readUint16(header.imageSize.width) &&
+           reader.readUint16(header.imageSize.height) && reader.skip(kResolutionBytes) &&
+           reader.readUint8(header.verticalResolution) && reader.skip(kResolutionBytes - 1) &&
+           reader.readUint8(header.viewCount) && reader.skip(kReservedBytes);
+}
+
+// Reads one view up to the byte after its extended data; false when it runs past the record's end.
+bool readView(RecordReader& reader, RecordView& view) {
+    std::uint16_t extendedBytes = 0;
+    return reader.readBytes(kViewHeaderBytes, view.header) &&
+           reader.readBytes(view.header[kMinutiaCountOffset] * kBytesPerMinutia, view.minutiae) &&
+           reader.readUint16(extendedBytes) && reader.skip(extendedBytes);
+}
+
+Minutia minutiaFromBytes(std::span<const std::uint8_t> bytes) {
+    constexpr unsigned kTypeShift = 6;
+    constexpr unsigned kCoordinateMask = 0x3FFF;
+    RecordReader reader(bytes);
+    std::uint16_t typeAndX = 0;
+    std::uint16_t y = 0;
+    std::uint8_t angleByte = 0;
+    reader.readUint16(typeAndX);
+    reader.readUint16(y);
+    reader.readUint8(angleByte);
+    return Minutia{.type = static_cast<std::uint32_t>(bytes[0] >> kTypeShift),
+                   .x = static_cast<std::uint16_t>(typeAndX & kCoordinateMask),
+                   .y = static_cast<std::uint16_t>(y & kCoordinateMask),
+                   .angle = DegreesFromAngleByte(angleByte)};
+}
+
+MinutiaList minutiaeOfView(const RecordView& view) {
+    const std::size_t declared = view.minutiae.size() / kBytesPerMinutia;
+    const std::size_t kept = std::min(declared, kMaxMinutiae);
+    MinutiaList list;
+    list.reserve(kept);
+    for (std::size_t i = 0; i < kept; ++i) {
+        list.push_back(
+            minutiaFromBytes(view.minutiae.subspan(i * kBytesPerMinutia, kBytesPerMinutia)));
+    }
+    return list;
+}
+
+// The minutiae of `viewCount` views; false when a view runs past the record's end.
+bool readViews(RecordReader& reader, std::size_t viewCount, std::vector<MinutiaList>& fingers) {
+    fingers.reserve(viewCount);
+    for (std::size_t i = 0; i < viewCount; ++i) {
+        RecordView view;
+        if (!readView(reader, view)) {
+            return false;
+        }
+        fingers.push_back(minutiaeOfView(view));
+    }
+    return true;
+}
+
+}  // namespace
+
+template <FeatureForm kForm>
+bool parseFingerRecord(BasicLoadedTemplate<kForm>& loaded,
+                       const std::uint8_t* buffer,
+                       std::size_t length) {
+    if (buffer == nullptr || length > kMaxRecordBytes) {
+        return false;
+    }
+    RecordReader reader({buffer, length});
+    RecordHeader header;
+    if (!readHeader(reader, header)) {
+        return false;
+    }
+    loaded.imageSize = header.imageSize;
+    std::vector<MinutiaList> fingers;
+    if (!readViews(reader, header.viewCount, fingers)) {
+        return false;
+    }
+    // Without a side the image has no scale, so no finger can be placed on the matching grid.
+    if (!fingers.empty() && header.imageSize == ImageSize{}) {
+        return false;
+    }
+    return BuildFingerFeatures(
+        loaded.fingers, loaded.imageSize, std::span<const MinutiaList>(fingers));
+}
+
+template bool parseFingerRecord(LoadedTemplate&, const std::uint8_t*, std::size_t);
+template bool parseFingerRecord(FullLoadedTemplate&, const std::uint8_t*, std::size_t);
+
+bool scanFingerPositions(const std::uint8_t* buffer,
+                         std::size_t length,
+                         std::vector<std::uint8_t>& fingerPositions) {
+    fingerPositions.clear();
+    if (buffer == nullptr) {
+        return false;
+    }
+    RecordReader reader({buffer, length});
+    RecordHeader header;
+    if (!readHeader(reader, header)) {
+        return false;
+    }
+    // Deliberate: the scan counts views by byte 20, the upper byte of the vertical resolution, and
+    // not by byte 22 as the parse does. Resolutions are rarely above 255, so most records yield no
+    // position and finger positions do not take part in the decision.
+    const std::uint8_t viewCount = header.verticalResolution;
+    for (std::uint8_t i = 0; i < viewCount && reader.remaining() >= kViewHeaderBytes; ++i) {
+        RecordView view;
+        if (!readView(reader, view)) {
+            fingerPositions.clear();
+            return false;
+        }
+        fingerPositions.push_back(view.header[0]);
+    }
+    return true;
+}
+
+}  // namespace orl::matcher
