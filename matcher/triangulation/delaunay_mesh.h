@@ -2,27 +2,105 @@
 
 // A Delaunay triangulation of points in the plane, built by a radial sweep with an advancing convex
 // hull and edge flips, held as a half-edge mesh. Plain double arithmetic, no exact fallback.
+//
+// Every triangle (a, b, c) has the same winding: (xb - xa)(yc - ya) - (yb - ya)(xc - xa) < 0, which
+// is counter-clockwise on an image whose y axis points down. Points that coincide with an earlier
+// one appear in no triangle.
+//
+// A mesh is complete when its constructor returns and does not change afterwards. It has no shared
+// state: any number of threads may triangulate at once.
 
 #include <cstdint>
 #include <span>
 #include <vector>
+
+#include "matcher/triangulation/half_edge.h"
+#include "matcher/triangulation/predicates.h"
 
 namespace orl::matcher {
 
 class DelaunayMesh {
   public:
     // Triangulates points (x0, y0, x1, y1, ...), which are not copied: the caller keeps them alive
-    // and unchanged for the life of the mesh.
+    // and unchanged for the life of the mesh. A last single value is not a point.
+    // REQUIRES: every coordinate is finite.
     // Throws: std::runtime_error "not triangulation" when no triangle can be formed (fewer than
     // three points, all on one line, all at one spot); std::runtime_error "Cannot link edge" on a
     // broken internal invariant; std::bad_alloc.
     explicit DelaunayMesh(std::span<const double> points);
 
-    // The triangles, three point indices each, in the order of construction.
-    const std::vector<std::uint64_t>& vertices() const { return vertices_; }
+    // The triangles in the order of construction: for each half-edge, the point where it starts.
+    const std::vector<PointIndex>& vertices() const { return vertices_; }
+
+    // For each half-edge, the half-edge that runs the other way along the same edge, or NoIndex
+    // where the edge lies on the convex hull.
+    const std::vector<HalfEdge>& twins() const { return twins_; }
+
+    // For each hull point, the next one around the hull. A point that has left the hull is its own
+    // successor; the entry of a point that never reached it stays 0.
+    const std::vector<PointIndex>& hullNext() const { return hullNext_; }
+
+    // A point on the hull.
+    PointIndex hullStart() const { return hullStart_; }
 
   private:
-    std::vector<std::uint64_t> vertices_;
+    friend class DelaunayMeshTestPeer;
+
+    struct Seed {
+        PointIndex i0;
+        PointIndex i1;
+        PointIndex i2;
+    };
+
+    // An empty mesh over the points, for the constructor and for tests of the primitives.
+    struct Unbuilt {};
+    DelaunayMesh(std::span<const double> points, Unbuilt /*tag*/) : points_(points) {}
+
+    Point PointAt(PointIndex i) const { return {.x = points_[2 * i], .y = points_[2 * i + 1]}; }
+    std::uint64_t PointCount() const { return points_.size() / 2; }
+
+    // Mesh primitives.
+    HalfEdge AddTriangle(
+        PointIndex i0, PointIndex i1, PointIndex i2, HalfEdge a, HalfEdge b, HalfEdge c);
+    void Link(HalfEdge a, HalfEdge b);
+    void SetTwin(HalfEdge edge, HalfEdge twin);
+    std::uint64_t HullKey(const Point& p) const;
+
+    // Seed and order of the sweep.
+    Point BoxCentre() const;
+    PointIndex NearestTo(const Point& centre) const;
+    PointIndex NearestDistinctFrom(PointIndex i0) const;
+    PointIndex SmallestCircleWith(PointIndex i0, PointIndex i1) const;
+    Seed ChooseSeed() const;
+    std::vector<PointIndex> SortByCentreDistance() const;
+    void StartHull(const Seed& seed);
+
+    // The sweep.
+    void Sweep(const std::vector<PointIndex>& order, const Seed& seed);
+    void JoinPoint(PointIndex i);
+    PointIndex FindLiveHullPoint(const Point& p) const;
+    PointIndex FindVisibleEdge(const Point& p, PointIndex start) const;
+    PointIndex WalkForward(PointIndex i, PointIndex next);
+    PointIndex WalkBackward(PointIndex i, PointIndex e);
+    void SpliceIntoHull(PointIndex i, PointIndex e, PointIndex next);
+
+    // Edge flips.
+    HalfEdge Legalize(HalfEdge a);
+    bool IsIllegal(HalfEdge a, HalfEdge b) const;
+    void Flip(HalfEdge a, HalfEdge b);
+    void MoveHullEntry(HalfEdge from, HalfEdge to);
+
+    std::span<const double> points_;
+    std::vector<PointIndex> vertices_;
+    std::vector<HalfEdge> twins_;
+    std::vector<PointIndex> hullPrev_;
+    std::vector<PointIndex> hullNext_;
+    std::vector<HalfEdge> hullTriangle_;  // for a hull point, the half-edge to the next hull point
+    PointIndex hullStart_ = 0;
+    std::vector<PointIndex> hullHash_;  // hull points by angle around the centre
+    Point centre_;                      // circumcentre of the seed triangle
+    std::uint64_t hashSize_ = 0;
+    std::vector<HalfEdge> flipStack_;
 };
 
 }  // namespace orl::matcher

@@ -1,0 +1,40 @@
+#pragma once
+
+// Index arithmetic of a half-edge mesh. Triangle t owns the half-edges 3t, 3t + 1 and 3t + 2, which
+// run around it in this order. A half-edge runs from its own start point to the start point of the
+// next one; the start point of the previous one lies opposite.
+//
+// All functions are pure and never throw.
+
+#include <cstdint>
+#include <limits>
+
+namespace orl::matcher {
+
+using PointIndex = std::uint64_t;
+using HalfEdge = std::uint64_t;
+
+// No such point or half-edge: all 64 bits set.
+inline constexpr std::uint64_t NoIndex = std::numeric_limits<std::uint64_t>::max();
+
+inline constexpr std::uint64_t kHalfEdgesPerTriangle = 3;
+
+// Index of the triangle that owns a half-edge.
+constexpr std::uint64_t TriangleOf(HalfEdge edge) {
+    return edge / kHalfEdgesPerTriangle;
+}
+
+// First half-edge of the triangle that owns a half-edge.
+constexpr HalfEdge FirstHalfEdge(HalfEdge edge) {
+    return edge - edge % kHalfEdgesPerTriangle;
+}
+
+// The half-edge after and before a half-edge in its triangle.
+constexpr HalfEdge NextHalfEdge(HalfEdge edge) {
+    return FirstHalfEdge(edge) + (edge + 1) % kHalfEdgesPerTriangle;
+}
+constexpr HalfEdge PrevHalfEdge(HalfEdge edge) {
+    return FirstHalfEdge(edge) + (edge + 2) % kHalfEdgesPerTriangle;
+}
+
+}  // namespace orl::matcher

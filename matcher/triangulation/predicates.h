@@ -1,0 +1,84 @@
+#pragma once
+
+// The geometric predicates of the triangulation: one formula each, in plain double arithmetic,
+// evaluated as written. Reassociating a sum, replacing the reciprocal by a division or contracting
+// a product and a sum moves last bits, and with them the order of near-ties and the mesh.
+//
+// For integer coordinates Orient is exact up to 2^25 and InCircle up to 4096.
+// All functions are pure and never throw.
+
+#include <limits>
+
+namespace orl::matcher {
+
+struct Point {
+    double x = 0.0;
+    double y = 0.0;
+};
+
+// Squared distance between two points.
+inline double SquaredDistance(const Point& p, const Point& q) {
+    const double dx = p.x - q.x;
+    const double dy = p.y - q.y;
+    return dx * dx + dy * dy;
+}
+
+// True when p, q, r turn so that p sees the hull edge from q to r from outside. Three points on one
+// line give false.
+inline bool Orient(const Point& p, const Point& q, const Point& r) {
+    return (q.y - p.y) * (r.x - q.x) - (q.x - p.x) * (r.y - q.y) < 0.0;
+}
+
+// True when p lies strictly inside the circle through a, b and c, which have the mesh's winding.
+// Four points on one circle give false.
+inline bool InCircle(const Point& a, const Point& b, const Point& c, const Point& p) {
+    const double dx = a.x - p.x;
+    const double dy = a.y - p.y;
+    const double ex = b.x - p.x;
+    const double ey = b.y - p.y;
+    const double fx = c.x - p.x;
+    const double fy = c.y - p.y;
+    const double ap = dx * dx + dy * dy;
+    const double bp = ex * ex + ey * ey;
+    const double cp = fx * fx + fy * fy;
+    return dx * (ey * cp - bp * fy) - dy * (ex * cp - bp * fx) + ap * (ex * fy - ey * fx) < 0.0;
+}
+
+// The circle through three points, relative to the first of them: with D = b - a and E = c - a,
+// d = D x E, the centre lies at a + (X, Y) / 2d.
+struct CircumcircleTerms {
+    double bl;  // |D|^2
+    double cl;  // |E|^2
+    double d;   // twice the signed area of the triangle
+    double X;
+    double Y;
+};
+
+inline CircumcircleTerms CircumcircleOf(const Point& a, const Point& b, const Point& c) {
+    const double dx = b.x - a.x;
+    const double dy = b.y - a.y;
+    const double ex = c.x - a.x;
+    const double ey = c.y - a.y;
+    const double bl = dx * dx + dy * dy;
+    const double cl = ex * ex + ey * ey;
+    const double d = dx * ey - dy * ex;
+    return {.bl = bl, .cl = cl, .d = d, .X = ey * bl - dy * cl, .Y = dx * cl - ex * bl};
+}
+
+// Squared radius of the circle through three points, or the largest double when two of them
+// coincide with the first or all lie on one line.
+inline double Circumradius(const Point& a, const Point& b, const Point& c) {
+    const auto [bl, cl, d, X, Y] = CircumcircleOf(a, b, c);
+    if (bl == 0.0 || cl == 0.0 || d == 0.0) {
+        return std::numeric_limits<double>::max();
+    }
+    return (X * X + Y * Y) * ((1.0 / d) * 0.25) / d;
+}
+
+// Centre of the circle through three points. REQUIRES: they do not lie on one line.
+inline Point Circumcentre(const Point& a, const Point& b, const Point& c) {
+    const auto [bl, cl, d, X, Y] = CircumcircleOf(a, b, c);
+    return {.x = a.x + X * 0.5 * (1.0 / d), .y = a.y + Y * 0.5 * (1.0 / d)};
+}
+
+}  // namespace orl::matcher
