@@ -6,8 +6,9 @@
 // Deliberate: the 255-step differences keep their own conventions (equal directions have a forward
 // difference of 255, not 0). Do not unify them with the 256-step ones.
 //
-// All functions are pure and never throw.
+// All functions are pure and never throw; safe from any thread.
 
+#include <cmath>
 #include <cstdint>
 
 namespace orl::matcher {
@@ -17,7 +18,10 @@ inline constexpr int kMatchingStepsPerTurn = 256;  // matching: wrap-around of d
 
 // Degrees 0..360 to steps of the 255-step turn, rounded half away from zero: 360 gives 255,
 // 180 gives 128, 1 gives 1.
-std::int16_t DegreesToSteps(std::uint16_t degrees);
+inline std::int16_t DegreesToSteps(std::uint16_t degrees) {
+    constexpr float kStepsPerDegree = 0.7083333F;  // 255 / 360
+    return static_cast<std::int16_t>(std::lround(static_cast<float>(degrees) * kStepsPerDegree));
+}
 
 // Smaller angle between two directions, 255-step turn: min(255 - |a - b|, |a - b|).
 constexpr std::int16_t CircularDifference(std::int16_t a, std::int16_t b) {

@@ -19,11 +19,14 @@ namespace orl::matcher {
 // Safe from several threads, each with its own `features`.
 template <FeatureForm kForm>
 bool BuildFingerFeatures(std::vector<BasicFingerFeatures<kForm>>& features,
-                         const ImageSize& imageSize, std::span<const MinutiaList> fingers);
+                         const ImageSize& imageSize,
+                         std::span<const MinutiaList> fingers);
 
-extern template bool BuildFingerFeatures(std::vector<FingerFeatures>&, const ImageSize&,
+extern template bool BuildFingerFeatures(std::vector<FingerFeatures>&,
+                                         const ImageSize&,
                                          std::span<const MinutiaList>);
-extern template bool BuildFingerFeatures(std::vector<FullFingerFeatures>&, const ImageSize&,
+extern template bool BuildFingerFeatures(std::vector<FullFingerFeatures>&,
+                                         const ImageSize&,
                                          std::span<const MinutiaList>);
 
 }  // namespace orl::matcher

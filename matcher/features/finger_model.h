@@ -4,6 +4,7 @@
 // them. A record's minutiae become a MinutiaList; features are built from it once, when a template
 // is loaded, and never change afterwards.
 
+#include <cstddef>
 #include <cstdint>
 #include <type_traits>
 #include <vector>
@@ -28,7 +29,8 @@ struct Minutia {
 constexpr std::uint16_t DegreesFromAngleByte(std::uint8_t angleByte) {
     constexpr float kDegreesPerAngleByte = 1.40625F;
     constexpr int kFullTurnDegrees = 360;
-    const int degrees = static_cast<int>(360.0F - static_cast<float>(angleByte) * kDegreesPerAngleByte);
+    const int degrees =
+        static_cast<int>(360.0F - static_cast<float>(angleByte) * kDegreesPerAngleByte);
     return static_cast<std::uint16_t>(degrees > kFullTurnDegrees ? degrees - kFullTurnDegrees
                                                                  : degrees);
 }

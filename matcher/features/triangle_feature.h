@@ -14,11 +14,13 @@ namespace orl::matcher {
 void OrderTriangleVertices(TriangleVertex (&vertices)[3]);
 
 // The same, returning the ordered vertices of the given triangle; `sides` is zero in the result.
-TriangleFeature OrderedTriangle(const TriangleVertex& a, const TriangleVertex& b,
+TriangleFeature OrderedTriangle(const TriangleVertex& a,
+                                const TriangleVertex& b,
                                 const TriangleVertex& c);
 
 // The whole feature: ordered vertices and the side length word.
-TriangleFeature MakeTriangleFeature(const TriangleVertex& a, const TriangleVertex& b,
+TriangleFeature MakeTriangleFeature(const TriangleVertex& a,
+                                    const TriangleVertex& b,
                                     const TriangleVertex& c);
 
 // The order of a finger's triangle list: bytes 12, 13, 14 as signed bytes, lexicographically.

@@ -1,0 +1,83 @@
+#include "matcher/features/lookup_tables.h"
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+namespace orl::matcher {
+
+namespace {
+
+constexpr int kMaxDifference = 255;                    // of two grid bytes
+constexpr std::size_t kSpan = 2 * kMaxDifference + 1;  // differences and angles -255..255
+constexpr std::size_t kSquaredDistances = 131072;      // 2 * 255^2 = 130050 is the largest in use
+constexpr float kStepsPerRadian = 40.58451F;           // 255 / 2 pi
+constexpr float kRadiansPerStep = 0.024639942F;        // 2 pi / 255
+
+constexpr std::size_t Offset(int value) {
+    return static_cast<std::size_t>(value + kMaxDifference);
+}
+
+// Each table is a function-local static: its first user builds it while others wait, and a build
+// that fails is tried again by the next one. None takes heap memory or is ever released.
+
+struct BearingTable {
+    std::array<std::int16_t, kSpan * kSpan> entries;  // rows dy, columns dx
+
+    BearingTable() {  // NOLINT(cppcoreguidelines-pro-type-member-init): filled below, entry by
+                      // entry
+        for (int dy = -kMaxDifference; dy <= kMaxDifference; ++dy) {
+            for (int dx = -kMaxDifference; dx <= kMaxDifference; ++dx) {
+                const float radians = std::atan2(static_cast<float>(dy), static_cast<float>(dx));
+                entries[Offset(dy) * kSpan + Offset(dx)] =
+                    static_cast<std::int16_t>(std::lround(radians * kStepsPerRadian));
+            }
+        }
+    }
+};
+
+struct DistanceTable {
+    std::array<std::uint8_t, kSquaredDistances> entries;  // by squared distance
+
+    DistanceTable() {  // NOLINT(cppcoreguidelines-pro-type-member-init): filled below
+        for (std::size_t i = 0; i < kSquaredDistances; ++i) {
+            entries[i] = static_cast<std::uint8_t>(std::lround(std::sqrt(static_cast<double>(i))));
+        }
+    }
+};
+
+using WaveTable = std::array<float, kSpan>;  // by angle in steps
+
+WaveTable BuildWaveTable(float (*wave)(float)) {
+    WaveTable table{};
+    for (int steps = -kMaxDifference; steps <= kMaxDifference; ++steps) {
+        table[Offset(steps)] = wave(static_cast<float>(steps) * kRadiansPerStep);
+    }
+    return table;
+}
+
+}  // namespace
+
+std::int16_t Bearing(std::int16_t dy, std::int16_t dx) {
+    static const BearingTable table;
+    return table.entries[Offset(dy) * kSpan + Offset(dx)];
+}
+
+std::uint8_t Distance(const TriangleVertex& p, const TriangleVertex& q) {
+    static const DistanceTable table;
+    const int dx = p.x - q.x;
+    const int dy = p.y - q.y;
+    return table.entries[static_cast<std::size_t>(dx * dx + dy * dy)];
+}
+
+float Cos(std::int16_t steps) {
+    static const WaveTable table = BuildWaveTable([](float radians) { return std::cos(radians); });
+    return table[Offset(steps)];
+}
+
+float Sin(std::int16_t steps) {
+    static const WaveTable table = BuildWaveTable([](float radians) { return std::sin(radians); });
+    return table[Offset(steps)];
+}
+
+}  // namespace orl::matcher
