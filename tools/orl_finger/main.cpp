@@ -1,0 +1,102 @@
+// orl-finger: the matcher at the command line.
+
+#include <algorithm>
+#include <exception>
+#include <iostream>
+
+#include <CLI/CLI.hpp>
+
+#include "tools/orl_finger/exit_status.h"
+#include "tools/orl_finger/inspect_command.h"
+#include "tools/orl_finger/match_command.h"
+#include "tools/orl_finger/standard_streams.h"
+
+namespace orl::tools {
+namespace {
+
+struct CommandLine {
+    CLI::App app{"Matches and inspects ISO/IEC 19794-2 finger minutiae records."};
+    CLI::App* match = nullptr;
+    CLI::App* inspect = nullptr;
+    MatchOptions matchOptions;
+    InspectOptions inspectOptions;
+};
+
+void describeMatch(CommandLine& line) {
+    MatchOptions& options = line.matchOptions;
+    line.match = line.app.add_subcommand("match", "Compare two records, or many pairs of them");
+    CLI::Option* probe = line.match->add_option("PROBE", options.probe, "The one record");
+    CLI::Option* candidate =
+        line.match->add_option("CANDIDATE", options.candidate, "The other record");
+    CLI::Option* pairs = line.match->add_option(
+        "--pairs", options.pairsFile, "File of PROBE<TAB>CANDIDATE lines; - is standard input");
+    pairs->excludes(probe)->excludes(candidate);
+    line.match
+        ->add_option("--threshold", options.threshold, "Decision threshold (100 or less: tens)")
+        ->capture_default_str();
+    line.match->add_flag("--json", options.json, "Print one JSON object a line for each pair");
+    line.match->callback([&options] {
+        const bool onePair = !options.probe.empty() && !options.candidate.empty();
+        if (!onePair && options.pairsFile.empty()) {
+            throw CLI::ValidationError("match", "needs PROBE and CANDIDATE, or --pairs FILE");
+        }
+    });
+}
+
+void describeInspect(CommandLine& line) {
+    InspectOptions& options = line.inspectOptions;
+    line.inspect = line.app.add_subcommand(
+        "inspect", "Show the minutiae, triangulation and triangles of records");
+    line.inspect->add_option("RECORD", options.records, "Records to show")->required();
+    line.inspect->add_flag("--json", options.json, "Print one JSON object a line for each record");
+}
+
+void describe(CommandLine& line) {
+    line.app.name("orl-finger");
+    line.app.set_version_flag("--version", "orl-finger " ORL_VERSION);
+    line.app.require_subcommand(1);
+    // On Windows too, a word that begins with "/" is a file's name.
+    line.app.allow_windows_style_options(false);
+    describeMatch(line);
+    describeInspect(line);
+}
+
+ExitStatus runCommand(const CommandLine& line) {
+    if (line.match->parsed()) {
+        return runMatch(line.matchOptions, std::cin, std::cout, std::cerr);
+    }
+    return runInspect(line.inspectOptions, std::cout, std::cerr);
+}
+
+ExitStatus run(std::vector<std::string> arguments) {
+    CommandLine line;
+    describe(line);
+    try {
+        std::reverse(arguments.begin(), arguments.end());  // the order in which parse takes them
+        line.app.parse(arguments);
+    } catch (const CLI::ParseError& end) {
+        const bool asked = line.app.exit(end, std::cout, std::cerr) == 0;  // --help, --version
+        return asked ? ExitStatus::kDone : ExitStatus::kWrongUsage;
+    }
+    const ExitStatus end = runCommand(line);
+    if (!std::cout.flush()) {
+        complain(std::cerr, "standard output", "could not be written");
+        return ExitStatus::kUnusable;
+    }
+    return end;
+}
+
+}  // namespace
+}  // namespace orl::tools
+
+int main(int argc, char** argv) {
+    using orl::tools::ExitStatus;
+    ExitStatus end = ExitStatus::kUnusable;
+    try {
+        orl::tools::prepareStandardStreams();
+        end = orl::tools::run(orl::tools::argumentsAsUtf8(argc, argv));
+    } catch (const std::exception& error) {
+        orl::tools::complain(std::cerr, "stopped", error.what());
+    }
+    return static_cast<int>(end);
+}

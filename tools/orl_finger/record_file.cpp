@@ -1,0 +1,81 @@
+#include "tools/orl_finger/record_file.h"
+
+#include <array>
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+namespace orl::tools {
+namespace {
+
+constexpr std::size_t kReadChunkBytes = 65536;
+
+bool resolveName(const std::string& name, std::filesystem::path& path, std::string& reason) {
+    try {
+        path = pathFromUtf8(name);
+    } catch (const std::system_error&) {
+        reason = "the name is not valid UTF-8";
+        return false;
+    }
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored)) {
+        reason = "is a directory";
+        return false;
+    }
+    return true;
+}
+
+// What the last failed call of the C library said, or `otherwise` when it said nothing.
+std::string reasonFromErrno(const char* otherwise) {
+    return errno == 0 ? otherwise : std::generic_category().message(errno);
+}
+
+}  // namespace
+
+std::filesystem::path pathFromUtf8(const std::string& name) {
+    return std::filesystem::path(std::u8string(name.begin(), name.end()));
+}
+
+bool readFile(const std::string& name, std::vector<std::uint8_t>& bytes, std::string& reason) {
+    std::filesystem::path path;
+    if (!resolveName(name, path, reason)) {
+        return false;
+    }
+    errno = 0;
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        reason = reasonFromErrno("cannot be opened");
+        return false;
+    }
+    bytes.clear();
+    std::array<char, kReadChunkBytes> chunk;
+    while (in) {
+        in.read(chunk.data(), static_cast<std::streamsize>(chunk.size()));
+        bytes.insert(bytes.end(), chunk.data(), chunk.data() + in.gcount());
+    }
+    if (in.bad()) {
+        reason = reasonFromErrno("cannot be read");
+        return false;
+    }
+    return true;
+}
+
+bool writeFile(const std::string& name, std::span<const std::uint8_t> bytes, std::string& reason) {
+    std::filesystem::path path;
+    if (!resolveName(name, path, reason)) {
+        return false;
+    }
+    errno = 0;
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    for (const std::uint8_t byte : bytes) {
+        out.put(static_cast<char>(byte));
+    }
+    out.close();
+    if (!out) {
+        reason = reasonFromErrno("cannot be written");
+        return false;
+    }
+    return true;
+}
+
+}  // namespace orl::tools
