@@ -16,6 +16,8 @@ constexpr double kLargest = std::numeric_limits<double>::max();
 // Two points closer than this in both coordinates are one point.
 constexpr double kDuplicateTolerance = std::numeric_limits<double>::epsilon();
 
+constexpr std::uint64_t kMaxFlipsPerHalfEdge = 64;
+
 bool Coincide(const Point& p, const Point& q) {
     return std::abs(p.x - q.x) <= kDuplicateTolerance && std::abs(p.y - q.y) <= kDuplicateTolerance;
 }
@@ -267,11 +269,12 @@ PointIndex DelaunayMesh::WalkForward(PointIndex i, PointIndex next) {
 }
 
 // Joins point i to the visible hull edges that end at `e`; returns the last point that stays on the
-// hull.
+// hull. Never goes past a point that has left it, as it could where rounding shows point i the
+// whole ring.
 PointIndex DelaunayMesh::WalkBackward(PointIndex i, PointIndex e) {
     const Point p = PointAt(i);
     PointIndex q = hullPrev_[e];
-    while (Orient(p, PointAt(q), PointAt(e))) {
+    while (hullNext_[q] != q && Orient(p, PointAt(q), PointAt(e))) {
         const HalfEdge t = AddTriangle(q, i, e, NoIndex, hullTriangle_[e], hullTriangle_[q]);
         Legalize(t + 2);
         hullTriangle_[q] = t;
@@ -295,12 +298,18 @@ void DelaunayMesh::SpliceIntoHull(PointIndex i, PointIndex e, PointIndex next) {
 // Flips the edge of half-edge a, and then the edges that this exposes, until the triangles around
 // the point opposite a (the point being joined) are Delaunay. Returns the half-edge before the last
 // one examined.
+//
+// Every flip of a sound mesh turns one more triangle towards that point, so there are fewer flips
+// than triangles. Where twins disagree (see MoveHullEntry) nothing bounds them: after far more
+// flips than that, the remaining edges stay as they are.
 HalfEdge DelaunayMesh::Legalize(HalfEdge a) {
+    std::uint64_t flipsLeft = kMaxFlipsPerHalfEdge * vertices_.size();
     flipStack_.clear();
     while (true) {
         const HalfEdge b = twins_[a];
-        if (b != NoIndex && IsIllegal(a, b)) {
+        if (b != NoIndex && flipsLeft > 0 && IsIllegal(a, b)) {
             Flip(a, b);
+            --flipsLeft;
             flipStack_.push_back(NextHalfEdge(b));
             continue;  // a borders another triangle now
         }
