@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/orl_finger/exit_status.h"
+#include "tools/orl_finger/generate_command.h"
 #include "tools/orl_finger/inspect_command.h"
 #include "tools/orl_finger/match_command.h"
 #include "tools/orl_finger/standard_streams.h"
@@ -15,11 +16,13 @@ namespace orl::tools {
 namespace {
 
 struct CommandLine {
-    CLI::App app{"Matches and inspects ISO/IEC 19794-2 finger minutiae records."};
+    CLI::App app{"Matches, inspects and makes ISO/IEC 19794-2 finger minutiae records."};
     CLI::App* match = nullptr;
     CLI::App* inspect = nullptr;
+    CLI::App* generate = nullptr;
     MatchOptions matchOptions;
     InspectOptions inspectOptions;
+    GenerateOptions generateOptions;
 };
 
 void describeMatch(CommandLine& line) {
@@ -51,6 +54,21 @@ void describeInspect(CommandLine& line) {
     line.inspect->add_flag("--json", options.json, "Print one JSON object a line for each record");
 }
 
+void describeGenerate(CommandLine& line) {
+    GenerateOptions& options = line.generateOptions;
+    line.generate = line.app.add_subcommand("generate", "Write synthetic records to a folder");
+    line.generate->add_option("DIR", options.directory, "The folder, made when missing")
+        ->required();
+    line.generate->add_option("--fingers", options.fingers, "Number of fingers")
+        ->required()
+        ->check(CLI::Range(1, kMostFingers));
+    line.generate->add_option("--impressions", options.impressions, "Impressions of each finger")
+        ->required()
+        ->check(CLI::Range(1, kMostImpressions));
+    line.generate->add_option("--seed", options.seed, "The same seed gives the same records")
+        ->required();
+}
+
 void describe(CommandLine& line) {
     line.app.name("orl-finger");
     line.app.set_version_flag("--version", "orl-finger " ORL_VERSION);
@@ -59,11 +77,15 @@ void describe(CommandLine& line) {
     line.app.allow_windows_style_options(false);
     describeMatch(line);
     describeInspect(line);
+    describeGenerate(line);
 }
 
 ExitStatus runCommand(const CommandLine& line) {
     if (line.match->parsed()) {
         return runMatch(line.matchOptions, std::cin, std::cout, std::cerr);
+    }
+    if (line.generate->parsed()) {
+        return runGenerate(line.generateOptions, std::cout, std::cerr);
     }
     return runInspect(line.inspectOptions, std::cout, std::cerr);
 }
@@ -74,9 +96,12 @@ ExitStatus run(std::vector<std::string> arguments) {
     try {
         std::reverse(arguments.begin(), arguments.end());  // the order in which parse takes them
         line.app.parse(arguments);
-    } catch (const CLI::ParseError& end) {
-        const bool asked = line.app.exit(end, std::cout, std::cerr) == 0;  // --help, --version
-        return asked ? ExitStatus::kDone : ExitStatus::kWrongUsage;
+    } catch (const CLI::Success& asked) {  // --help, --version
+        line.app.exit(asked, std::cout, std::cerr);
+        return ExitStatus::kDone;
+    } catch (const CLI::ParseError& error) {
+        complain(std::cerr, error.what(), "see orl-finger --help");
+        return ExitStatus::kWrongUsage;
     }
     const ExitStatus end = runCommand(line);
     if (!std::cout.flush()) {
