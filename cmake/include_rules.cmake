@@ -12,8 +12,9 @@ set(rules
   "matcher/api|matcher/matching matcher/features"
   "platform|"
   "adapter|matcher/api platform"
-  "tools/orl_finger|matcher/api;matcher/matching matcher/features matcher/triangulation"
-  "tools/orl_unit|platform")
+  "tools/command_line|"
+  "tools/orl_finger|tools/command_line matcher/api matcher/matching matcher/features matcher/triangulation"
+  "tools/orl_unit|tools/command_line platform")
 
 set(broken "")
 set(checked 0)

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "tools/command_line/utf8_path.h"
 #include "tools/orl_finger/impression.h"
 #include "tools/orl_finger/record_file.h"
 

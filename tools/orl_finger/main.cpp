@@ -6,11 +6,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/command_line/standard_streams.h"
 #include "tools/orl_finger/exit_status.h"
 #include "tools/orl_finger/generate_command.h"
 #include "tools/orl_finger/inspect_command.h"
 #include "tools/orl_finger/match_command.h"
-#include "tools/orl_finger/standard_streams.h"
 
 namespace orl::tools {
 namespace {

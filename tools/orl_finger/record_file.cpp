@@ -2,8 +2,11 @@
 
 #include <array>
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <system_error>
+
+#include "tools/command_line/utf8_path.h"
 
 namespace orl::tools {
 namespace {
@@ -31,10 +34,6 @@ std::string reasonFromErrno(const char* otherwise) {
 }
 
 }  // namespace
-
-std::filesystem::path pathFromUtf8(const std::string& name) {
-    return std::filesystem::path(std::u8string(name.begin(), name.end()));
-}
 
 bool readFile(const std::string& name, std::vector<std::uint8_t>& bytes, std::string& reason) {
     std::filesystem::path path;

@@ -3,16 +3,11 @@
 // Files as bytes. Names are UTF-8 on every platform (on Linux any bytes the file system accepts).
 
 #include <cstdint>
-#include <filesystem>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace orl::tools {
-
-// The path that a UTF-8 name stands for.
-// Throws: std::system_error on Windows when `name` is not UTF-8.
-std::filesystem::path pathFromUtf8(const std::string& name);
 
 // Reads the whole file, whatever its length. Returns false with a short reason (no trailing dot or
 // newline) when it cannot be opened or read, for example because it is a directory.

@@ -1,4 +1,4 @@
-#include "tools/orl_finger/standard_streams.h"
+#include "tools/command_line/standard_streams.h"
 
 #ifdef _WIN32
 #include <cstdio>
