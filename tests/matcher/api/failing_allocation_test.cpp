@@ -1,0 +1,102 @@
+// Memory that runs out at any allocation of a match: the exception passes and nothing stays behind.
+
+#include <new>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "matcher/api/finger_matcher.h"
+#include "matcher/api/match_facade.h"
+#include "tests/support/failing_new.h"
+#include "tests/support/record_builder.h"
+#include "tests/support/scratch_folder.h"
+
+namespace {
+
+using orl::test::BuildRecord;
+using orl::test::FailingNew;
+using orl::test::LiveBlocks;
+using orl::test::RandomMinutiae;
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes SmallRecord() {
+    return BuildRecord(RandomMinutiae(81, 12));
+}
+
+// Calls `match`, which returns what it found, with its first, second, ... allocation failing until
+// it gets through without a failure. A failed allocation comes out as std::bad_alloc, or, where the
+// standard library can do without it, changes nothing; no block stays. Returns the failures that
+// came out.
+template <typename Match>
+std::int64_t FailEveryAllocation(const Match& match) {
+    const auto expected = match();  // what is built once per process is built by now
+    std::int64_t thrown = 0;
+    for (std::int64_t failAt = 1;; ++failAt) {
+        SCOPED_TRACE("failing allocation " + std::to_string(failAt));
+        const std::int64_t before = LiveBlocks();
+        bool isFailed = false;
+        {
+            const FailingNew failing(failAt);
+            try {
+                EXPECT_EQ(match(), expected);
+            } catch (const std::bad_alloc&) {
+                ++thrown;
+            }
+            isFailed = failing.Failed();
+        }
+        EXPECT_EQ(LiveBlocks(), before);
+        if (!isFailed) {
+            return thrown;
+        }
+    }
+}
+
+TEST(FailingAllocation, PassesThroughTheEntryAndLeavesAZeroResult) {
+    ORLFingerMatcher_Initialize(nullptr, 0);
+    const Bytes record = SmallRecord();
+    const auto size = static_cast<std::int32_t>(record.size());
+    const std::int64_t thrown = FailEveryAllocation([&record, size] {
+        MatchResult result = {.Matched = 77, .Score = 88};
+        try {
+            ORLFingerMatcher_Match(
+                record.data(), size, record.data(), size, 0, &result, nullptr, 0);
+        } catch (const std::bad_alloc&) {
+            EXPECT_EQ(result.Matched, 0);
+            EXPECT_EQ(result.Score, 0);
+            throw;
+        }
+        EXPECT_GT(result.Score, 0);
+        return result.Score;
+    });
+    EXPECT_GT(thrown, 10) << "a match allocates lists, meshes and triangles";
+    ORLFingerMatcher_Shutdown();
+}
+
+TEST(FailingAllocation, PassesThroughLoadingFromFiles) {
+    const orl::test::ScratchFolder folder;
+    const std::string path =
+        folder.Write("name_an-identity-text-too-long-for-a-short-string_x", SmallRecord());
+    const std::int64_t thrown = FailEveryAllocation([&path] {
+        orl::matcher::TemplateMatchResult result;
+        std::string message;
+        orl::matcher::matchFiles(path, path, result, message, 300);
+        return result;
+    });
+    EXPECT_GT(thrown, 10);
+}
+
+TEST(FailingAllocation, PassesThroughTheReportOfABrokenRecord) {
+    const Bytes broken = {1, 2, 3};
+    const Bytes sound = SmallRecord();
+    const std::int64_t thrown = FailEveryAllocation([&broken, &sound] {
+        orl::matcher::TemplateMatchResult result;
+        std::string message;
+        orl::matcher::matchBuffers(
+            broken.data(), broken.size(), sound.data(), sound.size(), result, message, 300);
+        return message;
+    });
+    EXPECT_GT(thrown, 0) << "the message has to be kept somewhere";
+}
+
+}  // namespace

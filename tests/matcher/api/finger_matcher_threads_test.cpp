@@ -1,0 +1,124 @@
+// Matches on several threads while others initialise and shut down. Meant for ThreadSanitizer as
+// much as for its own assertions.
+
+#include <atomic>
+#include <functional>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "matcher/api/finger_matcher.h"
+#include "tests/support/record_builder.h"
+
+namespace {
+
+using orl::test::BuildRecord;
+using orl::test::RandomMinutiae;
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr int kMatchThreads = 3;
+constexpr int kMatchesPerThread = 25;
+
+struct Pair {
+    Bytes probe;
+    Bytes candidate;
+    MatchResult expected;
+};
+
+std::int32_t MatchPair(const Pair& pair, MatchResult& result, char (&text)[64]) {
+    return ORLFingerMatcher_Match(pair.probe.data(),
+                                  static_cast<std::int32_t>(pair.probe.size()),
+                                  pair.candidate.data(),
+                                  static_cast<std::int32_t>(pair.candidate.size()),
+                                  0,
+                                  &result,
+                                  text,
+                                  sizeof text);
+}
+
+// Pairs of different records, with what each gives on one thread.
+std::vector<Pair> PairsWithResults() {
+    std::vector<Pair> pairs;
+    for (const std::uint32_t seed : {71U, 72U, 73U}) {
+        const Bytes whole = BuildRecord(RandomMinutiae(seed, 30));
+        auto part = RandomMinutiae(seed, 30);
+        part.resize(20);
+        pairs.push_back({.probe = whole, .candidate = BuildRecord(part), .expected = {}});
+    }
+    char text[64];
+    for (Pair& pair : pairs) {
+        EXPECT_EQ(MatchPair(pair, pair.expected, text), 0);
+        EXPECT_GT(pair.expected.Score, 0);
+    }
+    return pairs;
+}
+
+void RunTogether(const std::vector<std::function<void()>>& tasks) {
+    std::vector<std::thread> threads;
+    threads.reserve(tasks.size());
+    for (const auto& task : tasks) {
+        threads.emplace_back(task);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+TEST(FingerMatcherThreads, MatchAtOnceAsTheyMatchAlone) {
+    ORLFingerMatcher_Initialize(nullptr, 0);
+    const std::vector<Pair> pairs = PairsWithResults();
+    std::atomic<int> wrong = 0;
+    const auto match = [&] {
+        for (int i = 0; i < kMatchesPerThread; ++i) {
+            const Pair& pair = pairs[static_cast<std::size_t>(i) % pairs.size()];
+            MatchResult result;
+            char text[64];
+            const std::int32_t status = MatchPair(pair, result, text);
+            const bool isAsExpected = status == 0 && result.Matched == pair.expected.Matched &&
+                                      result.Score == pair.expected.Score;
+            wrong += isAsExpected ? 0 : 1;
+        }
+    };
+    RunTogether(std::vector<std::function<void()>>(kMatchThreads, match));
+    EXPECT_EQ(wrong, 0);
+    ORLFingerMatcher_Shutdown();
+}
+
+TEST(FingerMatcherThreads, MatchOrAreRefusedWhileOthersInitializeAndShutDown) {
+    ORLFingerMatcher_Initialize(nullptr, 0);
+    const std::vector<Pair> pairs = PairsWithResults();
+    std::atomic<int> wrong = 0;
+    std::atomic<int> matchersLeft = kMatchThreads;
+    const auto match = [&] {
+        for (int i = 0; i < kMatchesPerThread; ++i) {
+            const Pair& pair = pairs[static_cast<std::size_t>(i) % pairs.size()];
+            MatchResult result;
+            char text[64];
+            const std::int32_t status = MatchPair(pair, result, text);
+            const bool isRefused = status == 10 && result.Score == 0 && result.Matched == 0 &&
+                                   std::string_view(text) == "Call Initialize first.";
+            const bool isMatched = status == 0 && result.Matched == pair.expected.Matched &&
+                                   result.Score == pair.expected.Score && text[0] == '\0';
+            wrong += isRefused || isMatched ? 0 : 1;
+        }
+        --matchersLeft;
+    };
+    const auto cycle = [&] {
+        while (matchersLeft > 0) {
+            char text[64] = "left over";
+            wrong += ORLFingerMatcher_Initialize(text, sizeof text) == 0 && text[0] == '\0' ? 0 : 1;
+            std::this_thread::yield();
+            ORLFingerMatcher_IsInitialized();
+            ORLFingerMatcher_Shutdown();
+        }
+    };
+    std::vector<std::function<void()>> tasks(kMatchThreads, match);
+    tasks.insert(tasks.end(), 2, cycle);
+    RunTogether(tasks);
+    EXPECT_EQ(wrong, 0);
+    EXPECT_FALSE(ORLFingerMatcher_IsInitialized());
+}
+
+}  // namespace
