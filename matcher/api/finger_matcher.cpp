@@ -20,7 +20,7 @@ struct MatcherState {
     std::mutex changes;
     std::atomic<bool> initialized{false};
 };
-constinit MatcherState matcherState;
+MatcherState matcherState;
 
 // Copies `text`, cut to size - 1 bytes, and a NUL into errorText; nothing when there is no room.
 void copyErrorText(std::string_view text, char* errorText, std::int32_t errorTextSize) {
