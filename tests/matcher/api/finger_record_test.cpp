@@ -217,7 +217,7 @@ TEST(ParseFingerRecord, PassesARecordWithoutViewsAndBuildsNoFinger) {
 }
 
 TEST(ParseFingerRecord, FailsAViewWithNoMinutiaOrWithOne) {
-    for (const std::size_t count : {0, 1}) {
+    for (const std::size_t count : {std::size_t{0}, std::size_t{1}}) {
         FullLoadedTemplate loaded;
         EXPECT_FALSE(Parse(BuildRecord(RandomMinutiae(10, count)), loaded)) << count;
         EXPECT_THAT(loaded.fingers, IsEmpty()) << count;
