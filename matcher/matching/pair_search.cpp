@@ -42,38 +42,10 @@ std::int8_t searchKey(const TriangleFeature& triangle) {
     return static_cast<std::int8_t>(triangle.sides[0]);
 }
 
-// The triangles of a sorted list whose key lies within 18 of `key`. The limits wrap in 8 bits: a
-// key within 18 of either end of the signed range gets an upper limit below its lower one, and so
-// an empty range.
-std::span<const TriangleFeature> keyRange(std::span<const TriangleFeature> sorted,
-                                          std::int8_t key) {
-    const std::int8_t lowest = lowByteAsSigned(key - kKeyReachGridUnits);
-    const std::int8_t highest = lowByteAsSigned(key + kKeyReachGridUnits);
-    const auto begin = std::lower_bound(sorted.begin(),
-                                        sorted.end(),
-                                        lowest,
-                                        [](const TriangleFeature& triangle, std::int8_t limit) {
-                                            return searchKey(triangle) < limit;
-                                        });
-    const auto end = std::upper_bound(
-        begin, sorted.end(), highest, [](std::int8_t limit, const TriangleFeature& triangle) {
-            return limit < searchKey(triangle);
-        });
-    return {begin, end};
-}
-
-// Whether all three descriptor bytes differ by at most 17, the difference taken modulo 256.
-bool isCandidate(const TriangleFeature& first, const TriangleFeature& second) {
-    for (std::size_t i = 0; i < kDescriptorBytes; ++i) {
-        const int difference = lowByteAsSigned(second.sides[i] - first.sides[i]);
-        if (difference < -kMaxDescriptorDifference || difference > kMaxDescriptorDifference) {
-            return false;
-        }
-    }
-    return true;
-}
-
-// Direction of the vector between two vertices as a byte: -64 steps read as 192.
+// Direction of the vector between two vertices as a byte.
+//
+// Deliberate: a negative bearing keeps its low 8 bits, -64 reads as 192, although its turn has 255
+// steps.
 std::uint8_t edgeDirection(const TriangleVertex& from, const TriangleVertex& to) {
     return lowByte(Bearing(static_cast<std::int16_t>(to.y - from.y),
                            static_cast<std::int16_t>(to.x - from.x)));
@@ -201,10 +173,40 @@ void addMinutiaPair(MatchContext& context, const MinutiaPair& pair) {
 
 }  // namespace
 
+std::span<const TriangleFeature> trianglesInKeyRange(std::span<const TriangleFeature> sorted,
+                                                     std::int8_t key) {
+    // Deliberate: the limits wrap in 8 bits instead of stopping at the ends of the range, so that
+    // triangles whose key lies within 18 of an end find nothing.
+    const std::int8_t lowest = lowByteAsSigned(key - kKeyReachGridUnits);
+    const std::int8_t highest = lowByteAsSigned(key + kKeyReachGridUnits);
+    const auto begin = std::lower_bound(sorted.begin(),
+                                        sorted.end(),
+                                        lowest,
+                                        [](const TriangleFeature& triangle, std::int8_t limit) {
+                                            return searchKey(triangle) < limit;
+                                        });
+    const auto end = std::upper_bound(
+        begin, sorted.end(), highest, [](std::int8_t limit, const TriangleFeature& triangle) {
+            return limit < searchKey(triangle);
+        });
+    return {begin, end};
+}
+
+bool areCandidates(const TriangleFeature& first, const TriangleFeature& second) {
+    for (std::size_t i = 0; i < kDescriptorBytes; ++i) {
+        const int difference = lowByteAsSigned(second.sides[i] - first.sides[i]);
+        if (difference < -kMaxDescriptorDifference || difference > kMaxDescriptorDifference) {
+            return false;
+        }
+    }
+    return true;
+}
+
 void searchTrianglePairs(MatchContext& context, std::span<const TriangleFeature> secondTriangles) {
     for (const TriangleFeature& first : context.firstTriangles) {
-        for (const TriangleFeature& second : keyRange(secondTriangles, searchKey(first))) {
-            if (isCandidate(first, second)) {
+        for (const TriangleFeature& second :
+             trianglesInKeyRange(secondTriangles, searchKey(first))) {
+            if (areCandidates(first, second)) {
                 scoreTrianglePair(second, context.trianglePairs, first);
             }
         }

@@ -3,6 +3,7 @@
 // First half of a finger match: finds the pairs of triangles that look alike and turns them into a
 // list of distinct minutia correspondences. Integer arithmetic on bytes throughout.
 
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -10,6 +11,17 @@
 #include "matcher/matching/match_context.h"
 
 namespace orl::matcher {
+
+// The triangles of `sorted` whose key, the first side byte as a signed number, lies within 18 of
+// `key`. The limits wrap in 8 bits: a key above 109 or below -110 gets an upper limit below its
+// lower one and so an empty range. Never throws.
+// REQUIRES: `sorted` is sorted as TriangleKeyLess tells.
+std::span<const TriangleFeature> trianglesInKeyRange(std::span<const TriangleFeature> sorted,
+                                                     std::int8_t key);
+
+// Whether the first three side bytes differ by at most 17 each, the differences taken modulo 256 as
+// signed bytes. Never throws.
+bool areCandidates(const TriangleFeature& first, const TriangleFeature& second);
 
 // Appends to context.trianglePairs, for every triangle of the first finger in list order, the pairs
 // it forms with like triangles of `secondTriangles`, in list order.
