@@ -26,30 +26,15 @@ constexpr std::int8_t SignedByte(std::uint8_t byte) {
     return static_cast<std::int8_t>(byte);
 }
 
-void SortDescendingAsSigned(std::array<std::uint8_t, 3>& lengths) {
-    const auto compareExchange = [&lengths](std::size_t i, std::size_t j) {
-        if (SignedByte(lengths[i]) < SignedByte(lengths[j])) {
-            std::swap(lengths[i], lengths[j]);
-        }
-    };
-    compareExchange(0, 1);
-    compareExchange(1, 2);
-    compareExchange(0, 1);
-}
-
 constexpr std::uint32_t SignExtended(std::uint8_t length) {
     return static_cast<std::uint32_t>(SignedByte(length));
 }
 
-// Deliberate: the lengths are joined sign-extended, so one of 128 or more fills every byte above
-// its own with 0xFF.
-void WriteSides(const std::array<std::uint8_t, 3>& lengths, TriangleFeature& feature) {
-    const std::uint32_t word = ((SignExtended(lengths[2]) << 8U) | SignExtended(lengths[1])) << 8U |
-                               SignExtended(lengths[0]);
-    feature.sides[0] = static_cast<std::uint8_t>(word);
-    feature.sides[1] = static_cast<std::uint8_t>(word >> 8U);
-    feature.sides[2] = static_cast<std::uint8_t>(word >> 16U);
-    feature.sides[3] = static_cast<std::uint8_t>(word >> 24U);
+void StoreLittleEndian(std::uint32_t word, std::uint8_t (&bytes)[4]) {
+    bytes[0] = static_cast<std::uint8_t>(word);
+    bytes[1] = static_cast<std::uint8_t>(word >> 8U);
+    bytes[2] = static_cast<std::uint8_t>(word >> 16U);
+    bytes[3] = static_cast<std::uint8_t>(word >> 24U);
 }
 
 }  // namespace
@@ -80,15 +65,28 @@ TriangleFeature OrderedTriangle(const TriangleVertex& a,
     return feature;
 }
 
+// Deliberate: the lengths are joined sign-extended, so that one of 128 or more overwrites every
+// byte above its own.
+std::uint32_t SideLengthWord(std::uint8_t d0, std::uint8_t d1, std::uint8_t d2) {
+    const auto descending = [](std::uint8_t& first, std::uint8_t& second) {
+        if (SignedByte(first) < SignedByte(second)) {
+            std::swap(first, second);
+        }
+    };
+    descending(d0, d1);
+    descending(d1, d2);
+    descending(d0, d1);
+    return (((SignExtended(d2) << 8U) | SignExtended(d1)) << 8U) | SignExtended(d0);
+}
+
 TriangleFeature MakeTriangleFeature(const TriangleVertex& a,
                                     const TriangleVertex& b,
                                     const TriangleVertex& c) {
     TriangleFeature feature = OrderedTriangle(a, b, c);
     const auto& [first, second, third] = feature.vertices;
-    std::array<std::uint8_t, 3> lengths = {
-        Distance(first, second), Distance(second, third), Distance(third, first)};
-    SortDescendingAsSigned(lengths);
-    WriteSides(lengths, feature);
+    const std::uint32_t word =
+        SideLengthWord(Distance(first, second), Distance(second, third), Distance(third, first));
+    StoreLittleEndian(word, feature.sides);
     return feature;
 }
 

@@ -4,6 +4,8 @@
 // that matching forms itself from rotated vertices. Pure functions apart from the lookup tables'
 // build on first use; safe from any thread.
 
+#include <cstdint>
+
 #include "matcher/features/finger_model.h"
 
 namespace orl::matcher {
@@ -17,6 +19,11 @@ void OrderTriangleVertices(TriangleVertex (&vertices)[3]);
 TriangleFeature OrderedTriangle(const TriangleVertex& a,
                                 const TriangleVertex& b,
                                 const TriangleVertex& c);
+
+// The side length word, from three lengths in any order: sorted descending as signed bytes, each
+// sign-extended to 32 bits, joined as L2 << 16 | L1 << 8 | L0. A length of 128 or more therefore
+// sorts last and fills every byte above its own with 0xFF.
+std::uint32_t SideLengthWord(std::uint8_t d0, std::uint8_t d1, std::uint8_t d2);
 
 // The whole feature: ordered vertices and the side length word.
 TriangleFeature MakeTriangleFeature(const TriangleVertex& a,
