@@ -54,6 +54,11 @@ void describeInspect(CommandLine& line) {
     line.inspect->add_flag("--json", options.json, "Print one JSON object a line for each record");
 }
 
+// The parser would wrap a negative number into an unsigned option.
+std::string refusalOfMinus(const std::string& number) {
+    return number.find('-') == std::string::npos ? "" : "must not be negative";
+}
+
 void describeGenerate(CommandLine& line) {
     GenerateOptions& options = line.generateOptions;
     line.generate = line.app.add_subcommand("generate", "Write synthetic records to a folder");
@@ -66,7 +71,8 @@ void describeGenerate(CommandLine& line) {
         ->required()
         ->check(CLI::Range(1, kMostImpressions));
     line.generate->add_option("--seed", options.seed, "The same seed gives the same records")
-        ->required();
+        ->required()
+        ->check(CLI::Validator(refusalOfMinus, "", "not negative"));
 }
 
 void describe(CommandLine& line) {

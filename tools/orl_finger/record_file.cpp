@@ -47,7 +47,7 @@ bool readFile(const std::string& name, std::vector<std::uint8_t>& bytes, std::st
         return false;
     }
     bytes.clear();
-    std::array<char, kReadChunkBytes> chunk;
+    std::array<char, kReadChunkBytes> chunk{};
     while (in) {
         in.read(chunk.data(), static_cast<std::streamsize>(chunk.size()));
         bytes.insert(bytes.end(), chunk.data(), chunk.data() + in.gcount());
