@@ -59,8 +59,8 @@ MatchDecisionInput decisionInput(const TemplateMatchResult& result) {
             .refined = result.refined != 0};
 }
 
-// Loads both sides, the probe first, then matches and decides. `load(side, path or buffer, loaded)`
-// returns a match status.
+// Loads both sides, the probe first, then matches and decides. A loader fills the template that it
+// is given and returns a match status.
 template <typename LoadProbe, typename LoadCandidate>
 std::int32_t loadAndMatch(LoadProbe loadProbe,
                           LoadCandidate loadCandidate,

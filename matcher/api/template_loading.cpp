@@ -13,14 +13,13 @@ namespace {
 
 constexpr std::size_t kFileBufferAlignmentBytes = 32;
 
-// Resets `loaded` and reads the record into it; returns 0, loadFailStatus or noFingerStatus.
+// Reads the record into `loaded`, which is fresh; returns 0, loadFailStatus or noFingerStatus.
 template <FeatureForm kForm>
 std::int32_t loadRecord(const std::uint8_t* buffer,
                         std::size_t size,
                         std::int32_t loadFailStatus,
                         std::int32_t noFingerStatus,
                         BasicLoadedTemplate<kForm>& loaded) {
-    loaded = {};
     // A failed scan only means that finger positions are unknown.
     scanFingerPositions(buffer, size, loaded.fingerPositions);
     if (!parseFingerRecord(loaded, buffer, size)) {
@@ -61,6 +60,7 @@ std::int32_t loadTemplateFromBuffer(const std::uint8_t* buffer,
         message.assign(label).append(" template buffer is empty.");
         return ORLFingerMatcher_StatusInvalidArguments;
     }
+    loaded = {};
     const std::int32_t status = loadRecord(buffer, size, loadFailStatus, noFingerStatus, loaded);
     message = loadMessage(status, " from buffer");
     return status;
@@ -92,7 +92,7 @@ std::int32_t loadTemplateFromFile(const std::string& path,
         return ORLFingerMatcher_StatusInvalidArguments;
     }
     loaded = {};
-    alignas(kFileBufferAlignmentBytes) std::array<std::uint8_t, kMaxRecordBytes> buffer;
+    alignas(kFileBufferAlignmentBytes) std::array<std::uint8_t, kMaxRecordBytes> buffer{};
     const std::optional<std::size_t> size = readRecordFile(path, buffer);
     const std::int32_t status =
         size ? loadRecord(buffer.data(), *size, loadFailStatus, noFingerStatus, loaded)
