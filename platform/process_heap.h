@@ -10,6 +10,8 @@
 
 inline constexpr DWORD HEAP_ZERO_MEMORY = 0x00000008;
 
+extern "C" {
+
 // The handle of the one heap; never null. Never throws; safe from any thread.
 HANDLE GetProcessHeap() noexcept;
 
@@ -20,5 +22,7 @@ LPVOID HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes) noexcept;
 
 // Frees a block of HeapAlloc; null is allowed. `flags` are ignored. Returns TRUE.
 BOOL HeapFree(HANDLE heap, DWORD flags, LPVOID block) noexcept;
+
+}  // extern "C"
 
 #endif

@@ -1,0 +1,593 @@
+#include "adapter/verify_identify.h"
+
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "tests/adapter/adapter_test.h"
+
+namespace orl::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+// BIRs of 3 and 4 minutiae: records of 48 and 54 bytes behind a 32-byte header.
+const std::string kCapturedOk = "ExtractISOFromBIR: OK isoSize=48";
+const std::string kStoredOk = "ExtractISOFromBIR: OK isoSize=54";
+const std::string kSizes = "MatchISOTemplates enrolledSize=54 capturedSize=48";
+const std::string kCapturedFound = ResultLine("ExtractISOFromBIR(captured)", "00000000");
+const std::string kQueryOk = ResultLine("StorageInterface->QueryByContent", "00000000");
+const std::string kRecordOk = ResultLine("StorageInterface->GetCurrentRecord", "00000000");
+constexpr char kDash[] = "\xE2\x80\x94";
+
+// A BIR whose standard data block ends one byte beyond it.
+std::vector<std::uint8_t> OverrunningBir() {
+    std::vector<std::uint8_t> bir = BirOf(3);
+    SetStandardDataBlock(bir, 49, 32);
+    return bir;
+}
+
+std::vector<std::uint8_t> EmptyBlockBir() {
+    std::vector<std::uint8_t> bir = BirOf(3);
+    SetStandardDataBlock(bir, 0, 32);
+    return bir;
+}
+
+// An accepted sample of 3 minutiae, a ready matcher and an empty log.
+class CapturedTest : public UnitTest {
+  protected:
+    void SetUp() override {
+        UnitTest::SetUp();
+        TheFakeMatcher().initialized = true;
+        Capture(BirOf(3, 0x31));
+    }
+
+    void Capture(const std::vector<std::uint8_t>& bir) {
+        EXPECT_EQ(TheUnit().Accept(bir), S_OK);
+        TakeLog();
+    }
+
+    void Store(std::uint32_t identity, WINBIO_BIOMETRIC_SUBTYPE subFactor, std::uint8_t filler) {
+        TheUnit().storage.records.push_back({.identity = IdentityNumber(identity),
+                                             .subFactor = subFactor,
+                                             .templateBlob = BirOf(4, filler)});
+    }
+
+    static void Answer(MatchAnswer answer) {
+        TheFakeMatcher().answers.push_back(std::move(answer));
+    }
+
+    FeatureSetOutputs outputs_;
+};
+
+// What makes a captured sample unusable, in Verify and Identify alike.
+struct BadCapture {
+    std::vector<std::uint8_t> bir;
+    HRESULT hr;
+    std::vector<std::string> log;  // after the entry line
+    const char* why;
+};
+
+std::vector<BadCapture> BadCaptures() {
+    const std::string invalid = ResultLine("ExtractISOFromBIR(captured)", "80070057");
+    const std::string noData = ResultLine("ExtractISOFromBIR(captured)", "80098026");
+    std::vector<std::uint8_t> noOffset = BirOf(3);
+    SetStandardDataBlock(noOffset, 48, 0);
+    return {
+        {{0x01}, E_INVALIDARG, {invalid}, "one byte"},
+        {std::vector<std::uint8_t>(31, 1), E_INVALIDARG, {invalid}, "one byte short of a header"},
+        {EmptyBlockBir(), WINBIO_E_NO_CAPTURE_DATA, {noData}, "standard data of size 0"},
+        {noOffset, WINBIO_E_NO_CAPTURE_DATA, {noData}, "standard data at offset 0"},
+        {OverrunningBir(),
+         E_INVALIDARG,
+         {std::string("ExtractISOFromBIR: offset+size=81 > birSize=80 ") + kDash + " E_INVALIDARG",
+          invalid},
+         "standard data beyond the end"},
+    };
+}
+
+class VerifyFeatureSet : public CapturedTest {
+  protected:
+    HRESULT Verify(std::uint32_t identity, WINBIO_BIOMETRIC_SUBTYPE subFactor) {
+        identity_ = IdentityNumber(identity);
+        return TheUnit().Verify(identity_, subFactor, outputs_);
+    }
+
+    WINBIO_IDENTITY identity_ = {};
+};
+
+TEST_F(VerifyFeatureSet, ReportsAMatch) {
+    Store(1, 2, 0x41);
+    Answer({.matched = 1, .score = 640});
+    EXPECT_EQ(Verify(1, 2), S_OK);
+    EXPECT_EQ(outputs_.match, TRUE);
+    EXPECT_TRUE(outputs_.UnusedOnesAreNeutral());
+    EXPECT_THAT(TakeLog(),
+                ElementsAre("EngineAdapterVerifyFeatureSet SubFactor=2",
+                            kCapturedOk,
+                            kCapturedFound,
+                            ResultLine("StorageInterface->QueryBySubject", "00000000"),
+                            kRecordOk,
+                            kStoredOk,
+                            ResultLine("ExtractISOFromBIR(enrolled)", "00000000"),
+                            kSizes,
+                            "MatchISOTemplates: MATCH score=640",
+                            "EngineAdapterVerifyFeatureSet: Match=TRUE"));
+}
+
+TEST_F(VerifyFeatureSet, ReportsMatchFalseWithSOkAgainstANonMatchingRecord) {
+    Store(1, 2, 0x41);
+    Answer({.matched = 0, .score = 10});
+    EXPECT_EQ(Verify(1, 2), S_OK);
+    EXPECT_EQ(outputs_.match, FALSE);
+    const std::vector<std::string> log = TakeLog();
+    ASSERT_THAT(log, SizeIs(10));
+    EXPECT_EQ(log[8], "MatchISOTemplates: NO MATCH score=10");
+    EXPECT_EQ(log[9], "EngineAdapterVerifyFeatureSet: Match=FALSE");
+}
+
+TEST_F(VerifyFeatureSet, ComparesTheStoredRecordWithTheCapturedOne) {
+    Store(1, 2, 0x41);
+    EXPECT_EQ(Verify(1, 2), S_OK);
+    ASSERT_THAT(TheFakeMatcher().matches, SizeIs(1));
+    EXPECT_EQ(TheFakeMatcher().matches[0].probe, ViewOf(4, 0x41));
+    EXPECT_EQ(TheFakeMatcher().matches[0].candidate, ViewOf(3, 0x31));
+}
+
+TEST_F(VerifyFeatureSet, AsksStorageForTheClaimedIdentityAndSubFactor) {
+    Store(1, 2, 0x41);
+    EXPECT_EQ(Verify(1, 2), S_OK);
+    EXPECT_THAT(TheUnit().storage.TakeCalls(), ElementsAre("QueryBySubject 2", "GetCurrentRecord"));
+    EXPECT_EQ(TheUnit().storage.LastSubject(), &identity_);
+    EXPECT_TRUE(TheUnit().storage.RecordsCameZeroed());
+}
+
+TEST_F(VerifyFeatureSet, LooksAtTheFirstRecordOnly) {
+    Store(1, 2, 0x41);
+    Store(1, 2, 0x42);
+    Answer({.matched = 0});
+    Answer({.matched = 1});
+    EXPECT_EQ(Verify(1, 2), S_OK);
+    EXPECT_EQ(outputs_.match, FALSE);
+    EXPECT_THAT(TheFakeMatcher().matches, SizeIs(1));
+}
+
+TEST_F(VerifyFeatureSet, ReturnsStoragesErrorForAnIdentityWithoutRecords) {
+    Store(1, 2, 0x41);
+    EXPECT_EQ(Verify(7, 2), WINBIO_E_DATABASE_NO_RESULTS);
+    EXPECT_EQ(outputs_.match, FALSE);
+    EXPECT_TRUE(outputs_.UnusedOnesAreNeutral());
+    EXPECT_THAT(TakeLog(),
+                ElementsAre("EngineAdapterVerifyFeatureSet SubFactor=2",
+                            kCapturedOk,
+                            kCapturedFound,
+                            ResultLine("StorageInterface->QueryBySubject", "8009801F")));
+}
+
+TEST_F(VerifyFeatureSet, ReturnsAnyFailureOfTheQueryUnchanged) {
+    Store(1, 2, 0x41);
+    TheUnit().storage.Fail("QueryBySubject", 1, WINBIO_E_DATABASE_LOCKED);
+    EXPECT_EQ(Verify(1, 2), WINBIO_E_DATABASE_LOCKED);
+    EXPECT_THAT(TheUnit().storage.TakeCalls(), ElementsAre("QueryBySubject 2"));
+}
+
+TEST_F(VerifyFeatureSet, PassesANullIdentityOnToStorage) {
+    const auto& engine = TheUnit().engine;
+    BOOLEAN match = TRUE;
+    EXPECT_EQ(
+        engine.VerifyFeatureSet(
+            &TheUnit().pipeline, nullptr, 2, &match, nullptr, nullptr, nullptr, nullptr, nullptr),
+        E_POINTER);
+    EXPECT_EQ(match, FALSE);
+    EXPECT_THAT(TheUnit().storage.TakeCalls(), ElementsAre("QueryBySubject 2"));
+}
+
+TEST_F(VerifyFeatureSet, ReturnsAFailureToReadTheRecordUnchanged) {
+    Store(1, 2, 0x41);
+    TheUnit().storage.Fail("GetCurrentRecord", 1, WINBIO_E_DATABASE_READ_ERROR);
+    EXPECT_EQ(Verify(1, 2), WINBIO_E_DATABASE_READ_ERROR);
+    const std::vector<std::string> log = TakeLog();
+    ASSERT_THAT(log, SizeIs(5));
+    EXPECT_EQ(log[4], ResultLine("StorageInterface->GetCurrentRecord", "8009801D"));
+    EXPECT_THAT(TheFakeMatcher().matches, IsEmpty());
+}
+
+TEST_F(VerifyFeatureSet, TakesASuccessCodeOtherThanSOkForSuccess) {
+    Store(1, 2, 0x41);
+    TheUnit().storage.Fail("QueryBySubject", 1, S_FALSE);
+    TheUnit().storage.Fail("GetCurrentRecord", 1, WINBIO_E_DATABASE_READ_ERROR);
+    EXPECT_EQ(Verify(1, 2), WINBIO_E_DATABASE_READ_ERROR);
+    const std::vector<std::string> log = TakeLog();
+    ASSERT_THAT(log, SizeIs(5));
+    EXPECT_EQ(log[3], ResultLine("StorageInterface->QueryBySubject", "00000001"));
+}
+
+struct BadTemplate {
+    std::optional<std::vector<std::uint8_t>> blob;
+    HRESULT hr;
+    const char* hrText;
+    const char* why;
+};
+
+TEST_F(VerifyFeatureSet, ReturnsTheExtractionsFailureForAMalformedStoredRecord) {
+    const BadTemplate cases[] = {
+        {std::nullopt, E_INVALIDARG, "80070057", "no template"},
+        {std::vector<std::uint8_t>(31, 1), E_INVALIDARG, "80070057", "shorter than a header"},
+        {EmptyBlockBir(), WINBIO_E_NO_CAPTURE_DATA, "80098026", "empty standard data"},
+        {OverrunningBir(), E_INVALIDARG, "80070057", "standard data beyond the end"},
+    };
+    for (const BadTemplate& bad : cases) {
+        TheUnit().storage.records = {
+            {.identity = IdentityNumber(1), .subFactor = 2, .templateBlob = bad.blob}};
+        EXPECT_EQ(Verify(1, 2), bad.hr) << bad.why;
+        EXPECT_EQ(TakeLog().back(), ResultLine("ExtractISOFromBIR(enrolled)", bad.hrText))
+            << bad.why;
+    }
+    EXPECT_THAT(TheFakeMatcher().matches, IsEmpty());
+}
+
+TEST_F(VerifyFeatureSet, ReportsNoCaptureDataWithoutASampleAndLogsNoResult) {
+    EXPECT_EQ(TheUnit().engine.ClearContext(&TheUnit().pipeline), S_OK);
+    TakeLog();
+    EXPECT_EQ(Verify(1, 255), WINBIO_E_NO_CAPTURE_DATA);
+    EXPECT_EQ(outputs_.match, FALSE);
+    EXPECT_TRUE(outputs_.UnusedOnesAreNeutral());
+    EXPECT_THAT(TakeLog(), ElementsAre("EngineAdapterVerifyFeatureSet SubFactor=255"));
+}
+
+TEST_F(VerifyFeatureSet, RejectsACapturedSampleWithoutAnIsoRecord) {
+    for (const BadCapture& bad : BadCaptures()) {
+        Capture(bad.bir);
+        TheUnit().pipeline.StorageInterface = nullptr;
+        EXPECT_EQ(Verify(1, 2), bad.hr) << bad.why;
+        std::vector<std::string> expected = {"EngineAdapterVerifyFeatureSet SubFactor=2"};
+        expected.insert(expected.end(), bad.log.begin(), bad.log.end());
+        EXPECT_EQ(TakeLog(), expected) << bad.why;
+    }
+}
+
+TEST_F(VerifyFeatureSet, FailsWithoutAStorageInterface) {
+    TheUnit().pipeline.StorageInterface = nullptr;
+    EXPECT_EQ(Verify(1, 2), E_FAIL);
+    EXPECT_THAT(
+        TakeLog(),
+        ElementsAre("EngineAdapterVerifyFeatureSet SubFactor=2", kCapturedOk, kCapturedFound));
+}
+
+TEST_F(VerifyFeatureSet, ReportsNoMatchWithSOkWhenTheMatcherFails) {
+    Store(1, 2, 0x41);
+    Answer({.status = 3, .matched = 1});
+    EXPECT_EQ(Verify(1, 2), S_OK);
+    EXPECT_EQ(outputs_.match, FALSE);
+    TheFakeMatcher().initialized = false;
+    TheFakeMatcher().initializeStatus = 1;
+    EXPECT_EQ(Verify(1, 2), S_OK);
+    EXPECT_EQ(outputs_.match, FALSE);
+}
+
+TEST_F(VerifyFeatureSet, ReportsNoMatchWithSOkWhenTheMatcherThrows) {
+    Store(1, 2, 0x41);
+    Answer({.raise = [] { throw std::runtime_error("not triangulation"); }});
+    EXPECT_EQ(Verify(1, 2), S_OK);
+    EXPECT_EQ(outputs_.match, FALSE);
+    const std::vector<std::string> log = TakeLog();
+    ASSERT_THAT(log, SizeIs(10));
+    EXPECT_EQ(log[8], "MatchISOTemplates: exception: not triangulation");
+    EXPECT_EQ(log[9], "EngineAdapterVerifyFeatureSet: Match=FALSE");
+}
+
+TEST_F(VerifyFeatureSet, GivesEPointerWithoutAContextAndWritesNeutralOutputsFirst) {
+    WINBIO_PIPELINE detached = {};
+    for (PWINBIO_PIPELINE pipeline : {static_cast<PWINBIO_PIPELINE>(nullptr), &detached}) {
+        FeatureSetOutputs outputs;
+        EXPECT_EQ(TheUnit().engine.VerifyFeatureSet(pipeline,
+                                                    &identity_,
+                                                    5,
+                                                    &outputs.match,
+                                                    &outputs.payloadBlob,
+                                                    &outputs.payloadBlobSize,
+                                                    &outputs.hashValue,
+                                                    &outputs.hashSize,
+                                                    &outputs.rejectDetail),
+                  E_POINTER);
+        EXPECT_EQ(outputs.match, FALSE);
+        EXPECT_TRUE(outputs.UnusedOnesAreNeutral());
+        EXPECT_THAT(TakeLog(), ElementsAre("EngineAdapterVerifyFeatureSet SubFactor=5"));
+    }
+}
+
+TEST_F(VerifyFeatureSet, GoesOnWithoutOutputs) {
+    Store(1, 2, 0x41);
+    WINBIO_IDENTITY identity = IdentityNumber(1);
+    Answer({.matched = 1});
+    EXPECT_EQ(TheUnit().engine.VerifyFeatureSet(&TheUnit().pipeline,
+                                                &identity,
+                                                2,
+                                                nullptr,
+                                                nullptr,
+                                                nullptr,
+                                                nullptr,
+                                                nullptr,
+                                                nullptr),
+              S_OK);
+    EXPECT_EQ(TakeLog().back(), "EngineAdapterVerifyFeatureSet: Match=TRUE");
+}
+
+TEST_F(VerifyFeatureSet, LeavesTheContextAndThePayloadAlone) {
+    Store(1, 2, 0x41);
+    TheUnit().storage.records[0].payload = {1, 2, 3};
+    CountingHeap::TakeEvents();
+    const adapter::EngineContext before = TheUnit().Context();
+    EXPECT_EQ(Verify(1, 2), S_OK);
+    EXPECT_EQ(std::memcmp(&TheUnit().Context(), &before, sizeof(before)), 0);
+    EXPECT_TRUE(outputs_.UnusedOnesAreNeutral());
+    EXPECT_THAT(CountingHeap::TakeEvents(), IsEmpty()) << "the process heap is not needed";
+}
+
+class IdentifyFeatureSet : public CapturedTest {
+  protected:
+    HRESULT Identify() { return TheUnit().Identify(outputs_); }
+
+    // The outputs of every identification that finds nobody.
+    void ExpectNobody() {
+        EXPECT_TRUE(IsZero(outputs_.identity));
+        EXPECT_EQ(outputs_.subFactor, 0);
+        EXPECT_TRUE(outputs_.UnusedOnesAreNeutral());
+    }
+
+    static std::string NotIdentified(int records) {
+        return "EngineAdapterIdentifyFeatureSet: not identified after " + std::to_string(records) +
+               " records " + kDash + " WINBIO_E_UNKNOWN_ID";
+    }
+
+    const std::string entry_ = ">> EngineAdapterIdentifyFeatureSet";
+};
+
+TEST_F(IdentifyFeatureSet, TellsWhoseTheFirstMatchingRecordIs) {
+    Store(1, 2, 0x41);
+    Store(8, 9, 0x42);
+    Store(5, 6, 0x43);
+    Answer({.matched = 0, .score = 12});
+    Answer({.matched = 1, .score = 700});
+    Answer({.matched = 1, .score = 900});
+    EXPECT_EQ(Identify(), S_OK);
+    EXPECT_TRUE(SameIdentity(outputs_.identity, IdentityNumber(8)));
+    EXPECT_EQ(outputs_.subFactor, 9);
+    EXPECT_TRUE(outputs_.UnusedOnesAreNeutral());
+    EXPECT_THAT(TakeLog(),
+                ElementsAre(entry_,
+                            kCapturedOk,
+                            kCapturedFound,
+                            kQueryOk,
+                            kRecordOk,
+                            kStoredOk,
+                            kSizes,
+                            "MatchISOTemplates: NO MATCH score=12",
+                            "EngineAdapterIdentifyFeatureSet: record[0] match=FALSE",
+                            kRecordOk,
+                            kStoredOk,
+                            kSizes,
+                            "MatchISOTemplates: MATCH score=700",
+                            "EngineAdapterIdentifyFeatureSet: record[1] match=TRUE",
+                            "EngineAdapterIdentifyFeatureSet: IDENTIFIED at record[1]"));
+}
+
+TEST_F(IdentifyFeatureSet, WalksTheRecordsOfAllFingersInStoragesOrder) {
+    Store(1, 2, 0x41);
+    Store(8, 9, 0x42);
+    EXPECT_EQ(Identify(), WINBIO_E_UNKNOWN_ID);
+    EXPECT_THAT(TheUnit().storage.TakeCalls(),
+                ElementsAre("QueryByContent 255 null 0",
+                            "FirstRecord",
+                            "GetCurrentRecord",
+                            "NextRecord",
+                            "GetCurrentRecord",
+                            "NextRecord"));
+    EXPECT_TRUE(TheUnit().storage.RecordsCameZeroed());
+    ASSERT_THAT(TheFakeMatcher().matches, SizeIs(2));
+    EXPECT_EQ(TheFakeMatcher().matches[0].probe, ViewOf(4, 0x41));
+    EXPECT_EQ(TheFakeMatcher().matches[1].probe, ViewOf(4, 0x42));
+    EXPECT_EQ(TheFakeMatcher().matches[1].candidate, ViewOf(3, 0x31));
+}
+
+TEST_F(IdentifyFeatureSet, StopsReadingAtTheMatch) {
+    Store(1, 2, 0x41);
+    Store(8, 9, 0x42);
+    Answer({.matched = 1});
+    EXPECT_EQ(Identify(), S_OK);
+    EXPECT_THAT(TheUnit().storage.TakeCalls(),
+                ElementsAre("QueryByContent 255 null 0", "FirstRecord", "GetCurrentRecord"));
+    EXPECT_EQ(TakeLog().back(), "EngineAdapterIdentifyFeatureSet: IDENTIFIED at record[0]");
+}
+
+TEST_F(IdentifyFeatureSet, FindsNobodyInAnEmptyDatabase) {
+    EXPECT_EQ(Identify(), WINBIO_E_UNKNOWN_ID);
+    ExpectNobody();
+    EXPECT_THAT(TakeLog(),
+                ElementsAre(entry_,
+                            kCapturedOk,
+                            kCapturedFound,
+                            ResultLine("StorageInterface->QueryByContent", "8009801F")));
+}
+
+TEST_F(IdentifyFeatureSet, CountsTheRecordsWalkedWhenNoneMatches) {
+    Store(1, 2, 0x41);
+    Store(1, 3, 0x42);
+    Store(1, 4, 0x43);
+    EXPECT_EQ(Identify(), WINBIO_E_UNKNOWN_ID);
+    ExpectNobody();
+    EXPECT_EQ(TakeLog().back(), NotIdentified(3));
+}
+
+TEST_F(IdentifyFeatureSet, SkipsAMalformedRecordZeroAndIdentifiesAtRecordOne) {
+    Store(1, 2, 0x41);
+    Store(8, 9, 0x42);
+    TheUnit().storage.records[0].templateBlob = OverrunningBir();
+    Answer({.matched = 1, .score = 500});
+    EXPECT_EQ(Identify(), S_OK);
+    EXPECT_TRUE(SameIdentity(outputs_.identity, IdentityNumber(8)));
+    EXPECT_THAT(TakeLog(),
+                ElementsAre(entry_,
+                            kCapturedOk,
+                            kCapturedFound,
+                            kQueryOk,
+                            kRecordOk,
+                            std::string("ExtractISOFromBIR: offset+size=81 > birSize=80 ") + kDash +
+                                " E_INVALIDARG",
+                            kRecordOk,
+                            kStoredOk,
+                            kSizes,
+                            "MatchISOTemplates: MATCH score=500",
+                            "EngineAdapterIdentifyFeatureSet: record[1] match=TRUE",
+                            "EngineAdapterIdentifyFeatureSet: IDENTIFIED at record[1]"));
+}
+
+TEST_F(IdentifyFeatureSet, SkipsRecordsWithoutAnIsoRecordWithoutAResultLine) {
+    for (int i = 0; i < 3; ++i) {
+        Store(1, 2, 0x41);
+    }
+    TheUnit().storage.records[0].templateBlob = std::nullopt;
+    TheUnit().storage.records[1].templateBlob = std::vector<std::uint8_t>(31, 1);
+    TheUnit().storage.records[2].templateBlob = EmptyBlockBir();
+    EXPECT_EQ(Identify(), WINBIO_E_UNKNOWN_ID);
+    EXPECT_THAT(TakeLog(),
+                ElementsAre(entry_,
+                            kCapturedOk,
+                            kCapturedFound,
+                            kQueryOk,
+                            kRecordOk,
+                            kRecordOk,
+                            kRecordOk,
+                            NotIdentified(3)));
+}
+
+TEST_F(IdentifyFeatureSet, ReturnsAZeroedIdentityForAMatchWithANullIdentity) {
+    Store(1, 9, 0x41);
+    TheUnit().storage.records[0].identity.reset();
+    Answer({.matched = 1});
+    EXPECT_EQ(Identify(), S_OK);
+    EXPECT_TRUE(IsZero(outputs_.identity));
+    EXPECT_EQ(outputs_.subFactor, 9);
+}
+
+TEST_F(IdentifyFeatureSet, FindsNobodyWhenStorageFailsAnywhere) {
+    Store(1, 2, 0x41);
+    Store(8, 9, 0x42);
+    struct Failure {
+        const char* routine;
+        int nth;
+        int walked;  // records, or -1 when nothing is told
+    };
+    const Failure failures[] = {{"QueryByContent", 1, -1},
+                                {"FirstRecord", 1, 0},
+                                {"GetCurrentRecord", 1, 0},
+                                {"NextRecord", 1, 1},
+                                {"GetCurrentRecord", 2, 1}};
+    for (const Failure& failure : failures) {
+        FakeStorage storage(TheUnit().pipeline);
+        storage.records = TheUnit().storage.records;
+        storage.Fail(failure.routine, failure.nth, WINBIO_E_DATABASE_READ_ERROR);
+        EXPECT_EQ(Identify(), WINBIO_E_UNKNOWN_ID) << failure.routine;
+        ExpectNobody();
+        const std::vector<std::string> log = TakeLog();
+        if (failure.walked < 0) {
+            EXPECT_EQ(log.back(), ResultLine("StorageInterface->QueryByContent", "8009801D"));
+        } else {
+            EXPECT_EQ(log.back(), NotIdentified(failure.walked)) << failure.routine;
+        }
+    }
+}
+
+TEST_F(IdentifyFeatureSet, LogsAFailedReadBeforeItGivesUp) {
+    Store(1, 2, 0x41);
+    TheUnit().storage.Fail("GetCurrentRecord", 1, WINBIO_E_DATABASE_READ_ERROR);
+    EXPECT_EQ(Identify(), WINBIO_E_UNKNOWN_ID);
+    EXPECT_THAT(TakeLog(),
+                ElementsAre(entry_,
+                            kCapturedOk,
+                            kCapturedFound,
+                            kQueryOk,
+                            ResultLine("StorageInterface->GetCurrentRecord", "8009801D"),
+                            NotIdentified(0)));
+}
+
+TEST_F(IdentifyFeatureSet, GoesOnToTheNextRecordWhenTheMatcherFails) {
+    Store(1, 2, 0x41);
+    Store(5, 6, 0x42);
+    Store(8, 9, 0x43);
+    Answer({.status = 2, .matched = 1});
+    Answer({.raise = [] { throw std::runtime_error("not triangulation"); }});
+    Answer({.matched = 1});
+    EXPECT_EQ(Identify(), S_OK);
+    EXPECT_TRUE(SameIdentity(outputs_.identity, IdentityNumber(8)));
+}
+
+TEST_F(IdentifyFeatureSet, ReportsNoCaptureDataWithoutASampleAndLogsNoResult) {
+    EXPECT_EQ(TheUnit().engine.ClearContext(&TheUnit().pipeline), S_OK);
+    TakeLog();
+    EXPECT_EQ(Identify(), WINBIO_E_NO_CAPTURE_DATA);
+    ExpectNobody();
+    EXPECT_THAT(TakeLog(), ElementsAre(entry_));
+}
+
+TEST_F(IdentifyFeatureSet, RejectsACapturedSampleWithoutAnIsoRecord) {
+    for (const BadCapture& bad : BadCaptures()) {
+        Capture(bad.bir);
+        EXPECT_EQ(Identify(), bad.hr) << bad.why;
+        ExpectNobody();
+        std::vector<std::string> expected = {entry_};
+        expected.insert(expected.end(), bad.log.begin(), bad.log.end());
+        EXPECT_EQ(TakeLog(), expected) << bad.why;
+    }
+    EXPECT_THAT(TheUnit().storage.TakeCalls(), IsEmpty());
+}
+
+TEST_F(IdentifyFeatureSet, FailsWithoutAStorageInterface) {
+    TheUnit().pipeline.StorageInterface = nullptr;
+    EXPECT_EQ(Identify(), E_FAIL);
+    ExpectNobody();
+    EXPECT_THAT(TakeLog(), ElementsAre(entry_, kCapturedOk, kCapturedFound));
+}
+
+TEST_F(IdentifyFeatureSet, GivesEPointerWithoutAContextAndWritesNeutralOutputsFirst) {
+    WINBIO_PIPELINE detached = {};
+    for (PWINBIO_PIPELINE pipeline : {static_cast<PWINBIO_PIPELINE>(nullptr), &detached}) {
+        outputs_ = {};
+        EXPECT_EQ(TheUnit().engine.IdentifyFeatureSet(pipeline,
+                                                      &outputs_.identity,
+                                                      &outputs_.subFactor,
+                                                      &outputs_.payloadBlob,
+                                                      &outputs_.payloadBlobSize,
+                                                      &outputs_.hashValue,
+                                                      &outputs_.hashSize,
+                                                      &outputs_.rejectDetail),
+                  E_POINTER);
+        ExpectNobody();
+        EXPECT_THAT(TakeLog(), ElementsAre(entry_));
+    }
+}
+
+TEST_F(IdentifyFeatureSet, GoesOnWithoutOutputs) {
+    Store(1, 2, 0x41);
+    Answer({.matched = 1});
+    EXPECT_EQ(
+        TheUnit().engine.IdentifyFeatureSet(
+            &TheUnit().pipeline, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+        S_OK);
+    EXPECT_EQ(TakeLog().back(), "EngineAdapterIdentifyFeatureSet: IDENTIFIED at record[0]");
+}
+
+TEST_F(IdentifyFeatureSet, LeavesTheContextAlone) {
+    Store(1, 2, 0x41);
+    const adapter::EngineContext before = TheUnit().Context();
+    EXPECT_EQ(Identify(), WINBIO_E_UNKNOWN_ID);
+    EXPECT_EQ(std::memcmp(&TheUnit().Context(), &before, sizeof(before)), 0);
+}
+
+}  // namespace
+}  // namespace orl::test
