@@ -1,0 +1,31 @@
+#include "tools/orl_unit/command_error.h"
+
+#include <algorithm>
+
+namespace orl::unit {
+namespace {
+
+constexpr unsigned char kFirstPrintable = 0x20;
+constexpr unsigned char kDelete = 0x7F;
+
+bool isControl(char letter) {
+    const auto byte = static_cast<unsigned char>(letter);
+    return byte < kFirstPrintable || byte == kDelete;
+}
+
+}  // namespace
+
+std::string oneLine(std::string_view text) {
+    std::string line(text);
+    std::replace_if(line.begin(), line.end(), isControl, '?');
+    return line;
+}
+
+std::string inQuotes(std::string_view text) {
+    std::string line(1, '\'');
+    line += oneLine(text);
+    line += '\'';
+    return line;
+}
+
+}  // namespace orl::unit

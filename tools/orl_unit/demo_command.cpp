@@ -1,0 +1,95 @@
+#include "tools/orl_unit/demo_command.h"
+
+#include <algorithm>
+#include <optional>
+#include <ostream>
+#include <system_error>
+
+#include <nlohmann/json.hpp>
+
+#include "tools/command_line/utf8_path.h"
+#include "tools/orl_unit/demo.h"
+#include "tools/orl_unit/demo_report.h"
+#include "tools/orl_unit/executable_path.h"
+#include "tools/orl_unit/file_store.h"
+#include "tools/orl_unit/interruption.h"
+#include "tools/orl_unit/progress_bar.h"
+#include "tools/orl_unit/storage_adapter.h"
+#include "tools/orl_unit/temporary_folder.h"
+
+namespace orl::unit {
+namespace {
+
+// The project's samples, seen from the build tree: <project>/build/<preset>/bin.
+std::filesystem::path sampleFolder() {
+    const auto project = executableFolder().parent_path().parent_path().parent_path();
+    const auto folder = project / "samples";
+    std::error_code failure;
+    if (!std::filesystem::is_directory(folder, failure)) {
+        throw CommandError("the sample records are not beside this program; give --data DIR");
+    }
+    return folder;
+}
+
+void openDemoStore(BiometricUnit& unit, const UnitOptions& options) {
+    unit.openStore(options.store, StoreUse::CreateIfMissing, storeAccess(options));
+    bool isEmpty = true;
+    unit.listRecords([&isEmpty](const ListedRecord& /*record*/) { isEmpty = false; });
+    if (!isEmpty) {
+        throw CommandError("store " + inQuotes(options.store) +
+                           " holds records already; the demonstration needs an empty one");
+    }
+}
+
+// A raw capture: what the engine exports must be the sample that it was given.
+void checkRawCapture(BiometricUnit& unit, const FingerRecord& record) {
+    const SecretBytes exported = unit.captureRaw(record);
+    if (exported.size() < record.bytes.size() ||
+        !std::equal(record.bytes.rbegin(), record.bytes.rend(), exported.rbegin())) {
+        throw CommandError("the engine exports another sample than it was given");
+    }
+}
+
+DemoSummary runWithProgress(BiometricUnit& unit,
+                            const DemoRecords& records,
+                            std::size_t impostorLimit) {
+    const InterruptionGuard interruption;
+    ProgressBar bar("demo", 0);
+    return runDemo(unit, records, impostorLimit, [&](std::size_t done, std::size_t total) {
+        interruption.check();
+        bar.setTotal(total);
+        bar.show(done);
+    });
+}
+
+}  // namespace
+
+void runDemoCommand(const UnitOptions& unitOptions, const DemoOptions& options, std::ostream& out) {
+    const auto folder =
+        options.folder.empty() ? sampleFolder() : tools::pathFromUtf8(options.folder);
+    const DemoRecords records = readDemoRecords(folder);
+    UnitOptions demoOptions = unitOptions;
+    std::optional<TemporaryFolder> temporary;
+    if (!options.storeGiven && fileStoresAvailable()) {
+        temporary.emplace();
+        demoOptions.store = tools::utf8FromPath(temporary->path() / "demo.db");
+    }
+    BiometricUnit unit(modulePath(demoOptions));
+    openDemoStore(unit, demoOptions);
+    checkRawCapture(unit, records.fingers.front().impressions.front().record);
+    const DemoSummary summary = runWithProgress(unit, records, options.impostorLimit);
+    if (unitOptions.json) {
+        out << demoJson(summary).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
+            << '\n';
+        return;
+    }
+    const bool inMemory = demoOptions.store == kMemoryStorePath;
+    out << "Unit attached: engine adapter "
+        << oneLine(tools::utf8FromPath(modulePath(demoOptions).filename())) << ", store in "
+        << (inMemory ? "memory" : "a SQLite file") << ".\n"
+        << "Records of " << oneLine(tools::utf8FromPath(folder)) << ": " << summary.fingerCount
+        << " fingers, " << summary.impressionCount << " impressions.\n\n"
+        << demoText(summary);
+}
+
+}  // namespace orl::unit

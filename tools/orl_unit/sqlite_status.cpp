@@ -1,0 +1,47 @@
+#include "tools/orl_unit/sqlite_status.h"
+
+namespace orl::unit {
+namespace {
+
+constexpr int kPrimaryCodeMask = 0xFF;
+
+StoreStatus otherFault(const SqliteError& error, StoreAccess access) {
+    const std::string reason = error.what();
+    switch (access) {
+        case StoreAccess::Opening:
+            return {StoreFault::CannotOpen, "cannot be opened: " + reason};
+        case StoreAccess::Reading:
+            return {StoreFault::ReadFailed, "cannot be read: " + reason};
+        case StoreAccess::Writing:
+            break;
+    }
+    return {StoreFault::WriteFailed, "cannot be written: " + reason};
+}
+
+}  // namespace
+
+StoreStatus statusOf(const SqliteError& error, StoreAccess access) {
+    switch (error.code() & kPrimaryCodeMask) {
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            return {StoreFault::Locked, "is locked by another process"};
+        case SQLITE_CORRUPT:
+            return {StoreFault::Corrupt, std::string("is corrupt: ") + error.what()};
+        case SQLITE_NOTADB:
+            return {StoreFault::Corrupt, "is corrupt or no database at all"};
+        case SQLITE_FULL:
+            return {StoreFault::Full, "cannot grow: no space left"};
+        case SQLITE_READONLY:
+            if (error.code() == SQLITE_READONLY_ROLLBACK) {
+                return {StoreFault::ReadOnly,
+                        "is read-only, but an interrupted change must be undone"};
+            }
+            return {StoreFault::ReadOnly, "is read-only"};
+        case SQLITE_NOMEM:
+            return {StoreFault::OutOfMemory, "needs more memory than there is"};
+        default:
+            return otherFault(error, access);
+    }
+}
+
+}  // namespace orl::unit
