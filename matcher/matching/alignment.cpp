@@ -53,9 +53,9 @@ struct Box {
 // The anchor pair with the rotation about it, ready for the tests of the other pairs.
 struct Alignment {
     MinutiaPair anchor;
-    std::int16_t rotation;
-    float cosR;
-    float sinR;
+    std::int16_t rotation = 0;
+    float cosR = 1.0F;
+    float sinR = 0.0F;
 };
 
 // Squared distance between a pair's second vertex and where the alignment puts its first one.

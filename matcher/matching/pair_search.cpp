@@ -194,7 +194,7 @@ std::span<const TriangleFeature> trianglesInKeyRange(std::span<const TriangleFea
 
 bool areCandidates(const TriangleFeature& first, const TriangleFeature& second) {
     for (std::size_t i = 0; i < kDescriptorBytes; ++i) {
-        const int difference = lowByteAsSigned(second.sides[i] - first.sides[i]);
+        const std::int8_t difference = lowByteAsSigned(second.sides[i] - first.sides[i]);
         if (difference < -kMaxDescriptorDifference || difference > kMaxDescriptorDifference) {
             return false;
         }

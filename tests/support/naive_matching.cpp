@@ -83,8 +83,8 @@ std::optional<std::array<int, 3>> LargestDifferences(const TriangleFeature& a,
 }
 
 bool IsCandidate(const TriangleFeature& a, const TriangleFeature& b) {
-    const int key = static_cast<std::int8_t>(a.sides[0]);
-    const int other = static_cast<std::int8_t>(b.sides[0]);
+    const int key = Wrapped8(a.sides[0]);
+    const int other = Wrapped8(b.sides[0]);
     if (other < Wrapped8(key - 18) || other > Wrapped8(key + 18)) {
         return false;
     }

@@ -263,6 +263,27 @@ TEST(FindBestAlignment, MakesTwoHypothesesForEachPairAndRanksThemByCount) {
     EXPECT_EQ(best.rotation, 0);
 }
 
+TEST(FindBestAlignment, KeepsTheOrderOfManyHypothesesOfEqualCount) {
+    // Spots 60 apart in the second finger and all at one place in the first: none agree.
+    std::vector<MinutiaPair> pairs;
+    for (int i = 0; i < 16; ++i) {
+        pairs.push_back({{90, 90, 50, 0},
+                         {static_cast<std::uint8_t>(60 * (i % 4)),
+                          static_cast<std::uint8_t>(60 * (i / 4)),
+                          50,
+                          0}});
+    }
+    MatchContext context = ContextOf(pairs);
+    const AlignmentEvaluation best = findBestAlignment(context);
+    ASSERT_EQ(context.hypotheses.size(), 32U);
+    for (std::uint32_t i = 0; i < 32; ++i) {
+        EXPECT_EQ(context.hypotheses[i].count, 1) << i;
+        EXPECT_EQ(context.hypotheses[i].anchor, i / 2) << i;
+        EXPECT_EQ(context.hypotheses[i].rotation, i % 2 == 0 ? 0 : 128) << i;
+    }
+    EXPECT_EQ(best.anchor, 0U);
+}
+
 TEST(FindBestAlignment, ReachesNoMoreThanThreeWithThreePairs) {
     std::vector<MinutiaPair> pairs = FourAtOneSpot(0);
     pairs.pop_back();
@@ -320,6 +341,19 @@ TEST(RefineAlignment, ReplacesTheWholeEvaluationByAStrictlyBetterOne) {
     EXPECT_EQ(best.angleMedian, 14.0625F);  // 10 steps
     EXPECT_EQ(best.matchedRatio, 0.5F);
     EXPECT_EQ(best.coverage, 1.0F);
+}
+
+TEST(RefineAlignment, PrefersTheGreaterCoverageAtEqualCountAndRatio) {
+    // A pair 40 units off comes within reach from step -17 on, as the one 100 units off does from
+    // step 10 on (see above): (40, 0) at -17 steps lies at (36.6, -16.3), 12.6 from (30, -27).
+    std::vector<MinutiaPair> pairs = FourAtOneSpot(0);
+    pairs.push_back({{190, 90, 100, 0}, {181, 131, 100, 0}});
+    pairs.push_back({{130, 90, 100, 0}, {120, 63, 100, 0}});
+    MatchContext context = ContextOf(pairs);
+    AlignmentEvaluation best = findBestAlignment(context);
+    refineAlignment(context, best);
+    EXPECT_EQ(best.count, 5);
+    EXPECT_EQ(best.rotation, 10);
 }
 
 TEST(RefineAlignment, ReachesNoFurtherThan17Steps) {

@@ -16,8 +16,8 @@ namespace {
 
 using Fingers = std::vector<FingerFeatures>;
 
-// A finger against itself comes to this at least. Not always to 1000: triangles with a side of 110
-// to 145 grid units find nothing, so that minutiae at the rim may stay without a partner.
+// A finger against itself comes to this at least. Not always to 1000: triangles with a key byte of
+// 110 to 145 find nothing, so that minutiae at the rim may stay without a partner.
 constexpr std::uint16_t kHighScore = 900;
 
 FingerFeatures RandomFinger(std::uint32_t seed, std::size_t minutiae = 40) {
@@ -179,6 +179,7 @@ TEST(MatchTemplates, GivesTheSameFiguresOnSeveralThreadsAtOnce) {
     const TemplateMatchResult expected = matchTemplates(first, second);
     std::vector<TemplateMatchResult> results(4);
     std::vector<std::thread> threads;
+    threads.reserve(results.size());
     for (TemplateMatchResult& result : results) {
         threads.emplace_back([&] { result = matchTemplates(first, second); });
     }

@@ -65,6 +65,29 @@ TEST(OracleAgreement, HoldsForImpressionsOfRandomFingers) {
     EXPECT_GT(tally.turned, 10);
 }
 
+// Noise that leaves scores about the middle, where the fine rotation search and the quality stages
+// decide.
+TEST(OracleAgreement, HoldsForPoorImpressions) {
+    Tally tally;
+    for (std::uint32_t seed = 100; seed < 160; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        const MinutiaList finger = test::RandomMinutiaList(random, 25 + seed % 15);
+        const MinutiaList other =
+            test::Impression(random,
+                             finger,
+                             {.rotationDegrees = static_cast<double>(random() % 50),
+                              .jitterPixels = 4 + static_cast<int>(seed % 10),
+                              .jitterDegrees = 8 + static_cast<int>(seed % 12),
+                              .lostPercent = 20,
+                              .added = 6});
+        ExpectAgreement({test::BuiltFinger(finger)}, {test::BuiltFinger(other)}, tally);
+    }
+    EXPECT_EQ(tally.compared, 60);
+    EXPECT_GT(tally.refined, 15);
+    EXPECT_GT(tally.middling, 30);
+}
+
 TEST(OracleAgreement, HoldsForUnrelatedRandomFingers) {
     Tally tally;
     for (std::uint32_t seed = 200; seed < 225; ++seed) {

@@ -84,6 +84,18 @@ TEST(OrientationCopy, SortsTheCopiesAsSignedBytesAndKeepsTheOrderOfEqualKeys) {
     }
 }
 
+TEST(OrientationCopy, KeepsTheOrderOfManyTrianglesOfEqualKey) {
+    std::vector<TriangleFeature> triangles;
+    for (std::uint8_t i = 0; i < 50; ++i) {
+        triangles.push_back(MakeTriangleFeature({10, 10, i, 0}, {30, 10, i, 0}, {20, 30, i, 0}));
+    }
+    const auto copy = orientationCopy(triangles, 2);
+    ASSERT_EQ(copy.size(), 50U);
+    for (std::size_t i = 0; i < copy.size(); ++i) {
+        EXPECT_EQ(copy[i].vertices[0].angle, i + 128) << i;
+    }
+}
+
 TEST(OrientationCopy, OfNoTrianglesIsEmpty) {
     EXPECT_TRUE(orientationCopy({}, 1).empty());
 }

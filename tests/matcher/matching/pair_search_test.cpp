@@ -471,6 +471,24 @@ TEST(ConsolidatePairs, RanksBySimilarityAndKeepsTheOrderOfEqualOnes) {
     }
 }
 
+TEST(ConsolidatePairs, KeepsTheOrderOfManyPairsOfEqualSimilarity) {
+    std::vector<TriangleFeature> a;
+    for (std::uint8_t i = 0; i < 25; ++i) {
+        a.push_back(Numbered(i));
+    }
+    MatchContext context;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        context.trianglePairs.push_back({i % 2 == 0 ? 700 : 800, &a[i], &a[i]});
+    }
+    EXPECT_TRUE(consolidatePairs(context));
+    ASSERT_EQ(context.minutiaPairs.size(), 75U);
+    for (std::size_t rank = 0; rank < a.size(); ++rank) {
+        // The 12 odd ones first, then the 13 even ones.
+        const std::size_t expected = rank < 12 ? 2 * rank + 1 : 2 * (rank - 12);
+        EXPECT_EQ(context.minutiaPairs[3 * rank], Corner(a[expected], a[expected], 0)) << rank;
+    }
+}
+
 TEST(ConsolidatePairs, ForgetsThePositionsOfAnEarlierMatch) {
     const TriangleFeature a = Triangle({60, 50, 40});
     MatchContext context;
