@@ -15,7 +15,8 @@ constexpr float kStepsPerRadian = 40.58451F;           // 255 / 2 pi
 constexpr float kRadiansPerStep = 0.024639942F;        // 2 pi / 255
 
 constexpr std::size_t Offset(int value) {
-    return static_cast<std::size_t>(value + kMaxDifference);
+    const int offset = value + kMaxDifference;
+    return static_cast<std::size_t>(offset);
 }
 
 // Each table is a function-local static: its first user builds it while others wait, and a build
@@ -67,7 +68,8 @@ std::uint8_t Distance(const TriangleVertex& p, const TriangleVertex& q) {
     static const DistanceTable table;
     const int dx = p.x - q.x;
     const int dy = p.y - q.y;
-    return table.entries[static_cast<std::size_t>(dx * dx + dy * dy)];
+    const int squaredDistance = dx * dx + dy * dy;
+    return table.entries[static_cast<std::size_t>(squaredDistance)];
 }
 
 float Cos(std::int16_t steps) {

@@ -241,6 +241,7 @@ TEST(BuildFingerFeatures, GivesTheSameFeaturesOnSeveralThreadsAtOnce) {
     ASSERT_TRUE(BuildFingerFeatures(expected, kImage, fingers));
     std::vector<std::vector<FingerFeatures>> results(4);
     std::vector<std::thread> threads;
+    threads.reserve(results.size());
     for (auto& result : results) {
         threads.emplace_back([&fingers, &result] { BuildFingerFeatures(result, kImage, fingers); });
     }

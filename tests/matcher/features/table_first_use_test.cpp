@@ -28,6 +28,7 @@ TEST(LookupTables, AreRightForThreadsThatAllUseThemForTheFirstTimeAndTakeNoHeapM
     std::atomic<std::size_t> ready{0};
     std::atomic<bool> go{false};
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (FirstLookups& mine : seen) {
         threads.emplace_back([&ready, &go, &mine] {
             ++ready;

@@ -156,9 +156,9 @@ TEST(SideLengthWord, HasOneOfTheFourPatternsForAllLengths) {
 
 TEST(MakeTriangleFeature, StoresTheSideWordLittleEndianInEachOfItsFourPatterns) {
     struct Case {
-        std::array<TriangleVertex, 3> vertices;
-        std::array<int, 4> sides;
-        const char* why;
+        std::array<TriangleVertex, 3> vertices = {};
+        std::array<int, 4> sides = {};
+        const char* why = "";
     };
     const Case kCases[] = {
         {{At(0, 0), At(30, 40), At(0, 40)}, {50, 40, 30, 0}, "30, 40, 50"},

@@ -271,6 +271,7 @@ TEST(DelaunayMesh, GivesTheSameMeshOnSeveralThreadsAtOnce) {
     const DelaunayMesh expected(points);
     std::vector<std::vector<PointIndex>> results(4);
     std::vector<std::thread> threads;
+    threads.reserve(results.size());
     for (auto& result : results) {
         threads.emplace_back([&points, &result] {
             for (int round = 0; round < 20; ++round) {

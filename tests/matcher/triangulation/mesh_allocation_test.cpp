@@ -1,3 +1,4 @@
+#include <cstddef>
 #include <cstdint>
 #include <new>
 #include <random>
@@ -12,9 +13,10 @@ namespace orl::matcher {
 namespace {
 
 std::vector<double> SomePoints() {
+    constexpr std::size_t kCoordinates = 120;
     std::mt19937 random(23);
     std::vector<double> points;
-    while (points.size() < 2 * 60) {
+    while (points.size() < kCoordinates) {
         points.push_back(static_cast<double>(random() % 400));
     }
     return points;

@@ -47,16 +47,8 @@ TEST(Link, AppendsTheFirstAndThenTheSecondAtTheEnd) {
 TEST(Link, ThrowsBeforeChangingAnythingWhenTheFirstIsBeyondTheEnd) {
     DelaunayMesh mesh = Peer::Empty({});
     Peer::Twins(mesh) = {NoIndex};
-    EXPECT_THROW(
-        {
-            try {
-                Peer::Link(mesh, 2, 0);
-            } catch (const std::runtime_error& error) {
-                EXPECT_STREQ(error.what(), "Cannot link edge");
-                throw;
-            }
-        },
-        std::runtime_error);
+    EXPECT_THAT([&mesh] { Peer::Link(mesh, 2, 0); },
+                testing::ThrowsMessage<std::runtime_error>("Cannot link edge"));
     EXPECT_THAT(mesh.twins(), ElementsAre(NoIndex));
 }
 
@@ -84,9 +76,9 @@ constexpr std::uint64_t kBuckets = 8;
 
 TEST(HullKey, GrowsWithTheAngleFromTheNegativeXAxisOverNegativeY) {
     struct Case {
-        Point offset;
-        std::uint64_t bucket;
-        const char* why;
+        Point offset = {};
+        std::uint64_t bucket = 0;
+        const char* why = "";
     };
     // p = dx / (|dx| + |dy|); (1 + p) / 4 or, where dy > 0, (3 - p) / 4; times 8 buckets.
     constexpr Case kCases[] = {

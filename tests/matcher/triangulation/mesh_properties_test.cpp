@@ -196,8 +196,9 @@ TEST(MeshOfPointsInGeneralPosition, HasExactlyTheTrianglesOfEmptyCircles) {
 TEST(MeshOfPointsInGeneralPosition, DoesNotDependOnTheOrderOfThePoints) {
     std::mt19937 random(kSeed + 3);
     for (int round = 0; round < 100; ++round) {
+        constexpr std::size_t kCoordinates = 28;
         Points points;
-        while (points.size() < 2 * 14) {
+        while (points.size() < kCoordinates) {
             points.push_back(static_cast<double>(random() % 1000));
         }
         if (!TrianglesOfEmptyCircles(points)) {

@@ -168,22 +168,22 @@ Points OnAParabola(std::mt19937& random) {
 }
 
 constexpr PointSetFamily kFamilies[] = {
-    {"a finger's minutiae", Finger, 1500, 0},
-    {"few points", Few, 20000, 1},
-    {"the whole range of a record", WholeRecordRange, 4000, 1},
-    {"every coordinate negative", Negative, 3000, 1},
-    {"around zero", AroundZero, 3000, 1},
-    {"a dense grid with many copies", DenseGrid, 5000, 1},
+    {"a finger's minutiae", Finger, 1000, 0},
+    {"few points", Few, 8000, 1},
+    {"the whole range of a record", WholeRecordRange, 2000, 1},
+    {"every coordinate negative", Negative, 1500, 1},
+    {"around zero", AroundZero, 1500, 1},
+    {"a dense grid with many copies", DenseGrid, 2500, 1},
     {"a full lattice", Lattice, 500, 0},
     {"a sheared lattice", ShearedLattice, 6, 0},
-    {"on one circle", Cocircular, 4000, 0},
-    {"clusters", Clustered, 3000, 1},
-    {"many copies", Duplicated, 3000, 1},
-    {"a line and one point", LineAndOnePoint, 4000, 0},
-    {"nearly a horizontal line", NearlyHorizontal, 20000, 20},
-    {"a long thin strip", LongThin, 4000, 12},
-    {"nearly a slanted line", NearlySlanted, 4000, 20},
-    {"on a parabola", OnAParabola, 3000, 0},
+    {"on one circle", Cocircular, 2000, 0},
+    {"clusters", Clustered, 1500, 1},
+    {"many copies", Duplicated, 1500, 1},
+    {"a line and one point", LineAndOnePoint, 2000, 0},
+    {"nearly a horizontal line", NearlyHorizontal, 8000, 8},
+    {"a long thin strip", LongThin, 2000, 6},
+    {"nearly a slanted line", NearlySlanted, 2000, 6},
+    {"on a parabola", OnAParabola, 1500, 0},
 };
 
 }  // namespace
