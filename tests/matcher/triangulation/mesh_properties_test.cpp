@@ -120,43 +120,74 @@ INSTANTIATE_TEST_SUITE_P(PointSets,
 
 using Triangle = std::array<std::uint64_t, 3>;  // ascending
 
-// All triangles whose circle has no other point inside, by trying every three points; nothing when
-// a fourth point lies on such a circle, as the triangulation is then not the only one.
-std::optional<std::set<Triangle>> TrianglesOfEmptyCircles(const Points& points) {
-    const std::uint64_t n = points.size() / 2;
-    const auto x = [&points](std::uint64_t i) { return static_cast<std::int64_t>(points[2 * i]); };
-    const auto y = [&points](std::uint64_t i) {
-        return static_cast<std::int64_t>(points[2 * i + 1]);
-    };
-    // Twice the signed area, and the fourth point's place against the circle: the sign of their
-    // product is positive inside.
-    const auto area = [&](std::uint64_t i, std::uint64_t j, std::uint64_t k) {
-        return (x(j) - x(i)) * (y(k) - y(i)) - (y(j) - y(i)) * (x(k) - x(i));
-    };
-    const auto square = [&](std::uint64_t i, std::uint64_t p) {
-        return (x(i) - x(p)) * (x(i) - x(p)) + (y(i) - y(p)) * (y(i) - y(p));
-    };
-    std::set<Triangle> triangles;
+// Where the other points of a set lie against the circle through three of them.
+class CircleOfThree {
+  public:
+    CircleOfThree(const Points& points, const Triangle& corners)
+        : points_(points), corners_(corners), area_(Area(corners[0], corners[1], corners[2])) {}
+
+    bool Exists() const { return area_ != 0; }
+
+    // Above 0 when a point lies inside, 0 when the innermost one lies on the circle.
+    std::int64_t InnermostOther() const {
+        std::int64_t innermost = -1;
+        for (std::uint64_t p = 0; p < points_.size() / 2; ++p) {
+            if (std::find(corners_.begin(), corners_.end(), p) == corners_.end()) {
+                innermost = std::max(innermost, area_ > 0 ? Place(p) : -Place(p));
+            }
+        }
+        return innermost;
+    }
+
+  private:
+    std::int64_t X(std::uint64_t i) const { return static_cast<std::int64_t>(points_[2 * i]); }
+    std::int64_t Y(std::uint64_t i) const { return static_cast<std::int64_t>(points_[2 * i + 1]); }
+    std::int64_t Square(std::uint64_t i, std::uint64_t p) const {
+        return (X(i) - X(p)) * (X(i) - X(p)) + (Y(i) - Y(p)) * (Y(i) - Y(p));
+    }
+    // Twice the signed area.
+    std::int64_t Area(std::uint64_t i, std::uint64_t j, std::uint64_t k) const {
+        return (X(j) - X(i)) * (Y(k) - Y(i)) - (Y(j) - Y(i)) * (X(k) - X(i));
+    }
+    // Positive inside the circle of three corners of positive area.
+    std::int64_t Place(std::uint64_t p) const {
+        const auto& [i, j, k] = corners_;
+        return Square(i, p) * Area(p, j, k) + Square(j, p) * Area(p, k, i) +
+               Square(k, p) * Area(p, i, j);
+    }
+
+    const Points& points_;
+    Triangle corners_;
+    std::int64_t area_;
+};
+
+std::vector<Triangle> EveryThreeOf(std::uint64_t n) {
+    std::vector<Triangle> threes;
     for (std::uint64_t i = 0; i < n; ++i) {
         for (std::uint64_t j = i + 1; j < n; ++j) {
             for (std::uint64_t k = j + 1; k < n; ++k) {
-                std::int64_t innermost = -1;
-                for (std::uint64_t p = 0; p < n && area(i, j, k) != 0; ++p) {
-                    if (p == i || p == j || p == k) {
-                        continue;
-                    }
-                    const std::int64_t place = square(i, p) * area(p, j, k) +
-                                               square(j, p) * area(p, k, i) +
-                                               square(k, p) * area(p, i, j);
-                    innermost = std::max(innermost, area(i, j, k) > 0 ? place : -place);
-                }
-                if (innermost == 0) {
-                    return std::nullopt;
-                }
-                if (innermost < 0 && area(i, j, k) != 0) {
-                    triangles.insert({i, j, k});
-                }
+                threes.push_back({i, j, k});
             }
+        }
+    }
+    return threes;
+}
+
+// All triangles whose circle has no other point inside, by trying every three points; nothing when
+// a fourth point lies on such a circle, as the triangulation is then not the only one.
+std::optional<std::set<Triangle>> TrianglesOfEmptyCircles(const Points& points) {
+    std::set<Triangle> triangles;
+    for (const Triangle& corners : EveryThreeOf(points.size() / 2)) {
+        const CircleOfThree circle(points, corners);
+        if (!circle.Exists()) {
+            continue;
+        }
+        const std::int64_t innermost = circle.InnermostOther();
+        if (innermost == 0) {
+            return std::nullopt;
+        }
+        if (innermost < 0) {
+            triangles.insert(corners);
         }
     }
     return triangles;
