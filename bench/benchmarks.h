@@ -1,0 +1,10 @@
+#pragma once
+
+// The benchmarks of each stage; each function registers its own.
+
+namespace orl::bench {
+
+void RegisterLoadBenchmarks();
+void RegisterMatchBenchmarks();
+
+}  // namespace orl::bench

@@ -1,0 +1,24 @@
+// orl-bench: all benchmarks, with the options of Google Benchmark.
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <exception>
+
+#include "bench/benchmarks.h"
+
+int main(int argc, char** argv) {
+    try {
+        orl::bench::RegisterLoadBenchmarks();
+        orl::bench::RegisterMatchBenchmarks();
+        benchmark::Initialize(&argc, argv);
+        if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+            return 2;
+        }
+        benchmark::RunSpecifiedBenchmarks();
+        return 0;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "orl-bench: %s\n", error.what());
+        return 1;
+    }
+}
