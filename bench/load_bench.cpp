@@ -1,12 +1,12 @@
 // Building one finger: the whole load from a record's bytes, and its triangulation alone.
 
-#include <benchmark/benchmark.h>
-
 #include <cstdint>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <benchmark/benchmark.h>
 
 #include "bench/bench_records.h"
 #include "bench/benchmarks.h"

@@ -1,9 +1,9 @@
 // orl-bench: all benchmarks, with the options of Google Benchmark.
 
-#include <benchmark/benchmark.h>
-
 #include <cstdio>
 #include <exception>
+
+#include <benchmark/benchmark.h>
 
 #include "bench/benchmarks.h"
 

@@ -1,12 +1,12 @@
 // Whole matches from bytes to decision, both records loaded and built for every pair, per folder of
 // records, impostor and genuine pairs apart; items are matches.
 
-#include <benchmark/benchmark.h>
-
 #include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <benchmark/benchmark.h>
 
 #include "bench/bench_records.h"
 #include "bench/benchmarks.h"

@@ -1,12 +1,12 @@
 // The adapter module's file: exports, imports, memory protection.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cctype>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "tests/module/adapter_module.h"
 #include "tests/module/module_image.h"
@@ -61,8 +61,12 @@ TEST(AdapterModuleImage, CarriesAVersionResource) {
 #else
 
 TEST(AdapterModuleImage, NeedsNoLibraryButTheSystemsOwn) {
-    const std::vector<std::string> known = {"libstdc++.so.6", "libm.so.6",  "libgcc_s.so.1",
-                                            "libc.so.6",      "libasan.so.8", "libubsan.so.1",
+    const std::vector<std::string> known = {"libstdc++.so.6",
+                                            "libm.so.6",
+                                            "libgcc_s.so.1",
+                                            "libc.so.6",
+                                            "libasan.so.8",
+                                            "libubsan.so.1",
                                             "libtsan.so.2"};
     const ModuleImage image = ReadModuleImage(AdapterModulePath());
     EXPECT_FALSE(image.libraries.empty());

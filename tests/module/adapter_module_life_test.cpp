@@ -1,12 +1,13 @@
-// The module's life in a process: loaded, used from threads, unloaded while they live, loaded again.
-
-#include <gtest/gtest.h>
+// The module's life in a process: loaded, used from threads, unloaded while they live, loaded
+// again.
 
 #include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <optional>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 #include "tests/module/adapter_module.h"
 #include "tests/module/hosted_unit.h"
@@ -58,7 +59,8 @@ class LastingThread {
     std::thread thread_;
 };
 
-// Attaches a unit, enrolls a record and verifies it, also with a record that makes the matcher throw.
+// Attaches a unit, enrolls a record and verifies it, also with a record that makes the matcher
+// throw.
 void UseModule(const DynamicLibrary& module) {
     HostedUnit unit(EngineTableOf(module));
     ASSERT_EQ(unit.Capture(BuildRecord(RandomMinutiae(5, 45))), S_OK);

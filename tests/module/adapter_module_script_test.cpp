@@ -1,9 +1,9 @@
 // The same script of calls over the loaded module's table on every platform.
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cstring>
+
+#include <gtest/gtest.h>
 
 #include "tests/module/adapter_module.h"
 #include "tests/module/hosted_unit.h"

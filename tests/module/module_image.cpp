@@ -15,8 +15,7 @@ ModuleImage ReadModuleImage(const std::string& path) {
     if (!file) {
         throw std::runtime_error("cannot open " + path);
     }
-    const ModuleBytes bytes(
-        std::vector<std::uint8_t>{std::istreambuf_iterator<char>(file), {}});
+    const ModuleBytes bytes(std::vector<std::uint8_t>{std::istreambuf_iterator<char>(file), {}});
     constexpr std::uint32_t kElfMagic = 0x464C457F;  // "\x7F" "ELF"
     constexpr std::uint16_t kDosMagic = 0x5A4D;      // "MZ"
     if (bytes.U32(0) == kElfMagic) {

@@ -1,8 +1,8 @@
 #pragma once
 
-// What a built module's file says of itself: enough of the ELF and PE formats to check which names a
-// module exports, which libraries it needs and how its memory is protected. Works on either kind of
-// file on any machine.
+// What a built module's file says of itself: enough of the ELF and PE formats to check which names
+// a module exports, which libraries it needs and how its memory is protected. Works on either kind
+// of file on any machine.
 
 #include <cstdint>
 #include <string>
@@ -26,8 +26,8 @@ struct ModuleImage {
     bool hasExecutableStack = false;       // ELF only
 };
 
-// Reads the file. Throws: std::runtime_error when it is neither a 64-bit PE nor a 64-bit ELF file or
-// points outside itself.
+// Reads the file. Throws: std::runtime_error when it is neither a 64-bit PE nor a 64-bit ELF file
+// or points outside itself.
 ModuleImage ReadModuleImage(const std::string& path);
 
 }  // namespace orl::test

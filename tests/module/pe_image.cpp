@@ -66,9 +66,8 @@ class PeReader {
         constexpr std::uint32_t kWrite = 0x80000000;
         for (std::uint32_t i = 0; i < SectionCount(); ++i) {
             const std::uint32_t flags = bytes_.U32(SectionHeader(i) + 36);
-            image.sections.push_back({bytes_.Text(SectionHeader(i), 8),
-                                      (flags & kWrite) != 0,
-                                      (flags & kExecute) != 0});
+            image.sections.push_back(
+                {bytes_.Text(SectionHeader(i), 8), (flags & kWrite) != 0, (flags & kExecute) != 0});
         }
     }
     void ReadExports(ModuleImage& image) const {
