@@ -49,7 +49,7 @@ std::vector<TriangleFeature> MakeTriangles(const MinutiaList& minutiae,
                                            const ImageSize& imageSize) {
     std::array<double, 2 * kMaxMinutiae> coordinates{};
     const DelaunayMesh mesh = Triangulate(minutiae, coordinates);
-    const std::vector<PointIndex>& corners = mesh.vertices();
+    const auto& corners = mesh.vertices();
     const float scale =
         kGridUnits / static_cast<float>(std::max(imageSize.width, imageSize.height));
 

@@ -1,11 +1,14 @@
 #include "matcher/triangulation/delaunay_mesh.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <cmath>
 #include <limits>
-#include <numeric>
 #include <stdexcept>
+#include <vector>
+
+#include "matcher/triangulation/bucket_sort.h"
 
 namespace orl::matcher {
 
@@ -27,20 +30,34 @@ bool Coincide(const Point& p, const Point& q) {
 DelaunayMesh::DelaunayMesh(std::span<const double> points) : DelaunayMesh(points, Unbuilt{}) {
     const Seed seed = ChooseSeed();
     centre_ = Circumcentre(PointAt(seed.i0), PointAt(seed.i1), PointAt(seed.i2));
-    const std::vector<PointIndex> order = SortByCentreDistance();
     StartHull(seed);
-    Sweep(order, seed);
+    if (PointCount() <= kInlinePoints) {
+        SweepFewPoints(seed);
+    } else {
+        SweepManyPoints(seed);
+    }
 }
 
+// While the arrays are in step and the neighbours are earlier half-edges, as ever in a sound mesh,
+// the twins are written straight away; else Link finds out what is wrong.
 HalfEdge DelaunayMesh::AddTriangle(
     PointIndex i0, PointIndex i1, PointIndex i2, HalfEdge a, HalfEdge b, HalfEdge c) {
     const HalfEdge t = vertices_.size();
-    vertices_.push_back(i0);
-    vertices_.push_back(i1);
-    vertices_.push_back(i2);
-    Link(t, a);
-    Link(t + 1, b);
-    Link(t + 2, c);
+    PointIndex* const corners = vertices_.Extend(kHalfEdgesPerTriangle);
+    corners[0] = i0;
+    corners[1] = i1;
+    corners[2] = i2;
+    // NoIndex + 1 is 0.
+    if (twins_.size() != t || a + 1 > t || b + 1 > t || c + 1 > t) {
+        Link(t, a);
+        Link(t + 1, b);
+        Link(t + 2, c);
+        return t;
+    }
+    twins_.Extend(kHalfEdgesPerTriangle);
+    RelinkTwins(t, a);
+    RelinkTwins(t + 1, b);
+    RelinkTwins(t + 2, c);
     return t;
 }
 
@@ -63,6 +80,14 @@ void DelaunayMesh::SetTwin(HalfEdge edge, HalfEdge twin) {
     }
 }
 
+// Links two half-edges that the mesh has; b may be NoIndex.
+void DelaunayMesh::RelinkTwins(HalfEdge a, HalfEdge b) {
+    twins_[a] = b;
+    if (b != NoIndex) {
+        twins_[b] = a;
+    }
+}
+
 // Bucket of a point by a measure that rises with its angle around the centre, from 0 on the
 // negative x axis through 1/4 (-y), 1/2 (+x) and 3/4 (+y) to 1. A bucket is only where a search
 // starts, so the centre itself may go anywhere: it goes into bucket 0.
@@ -74,8 +99,9 @@ std::uint64_t DelaunayMesh::HullKey(const Point& p) const {
         return 0;
     }
     const double pseudoAngle = (dy > 0.0 ? 3.0 - slope : 1.0 + slope) * 0.25;
-    const double bucket = std::floor(pseudoAngle * static_cast<double>(hashSize_));
-    return static_cast<std::uint64_t>(bucket) % hashSize_;
+    const double position = pseudoAngle * static_cast<double>(static_cast<std::int64_t>(hashSize_));
+    const auto bucket = static_cast<std::uint64_t>(static_cast<std::int64_t>(position));
+    return bucket < hashSize_ ? bucket : bucket % hashSize_;
 }
 
 // Deliberate: the maxima start at the smallest positive double, not at the most negative one. Where
@@ -147,20 +173,48 @@ DelaunayMesh::Seed DelaunayMesh::ChooseSeed() const {
     return {.i0 = i0, .i1 = i1, .i2 = i2};
 }
 
-// All point indices by distance from the centre, then x, then y; coincident points in index order.
-std::vector<PointIndex> DelaunayMesh::SortByCentreDistance() const {
-    std::vector<PointIndex> order(PointCount());
-    std::iota(order.begin(), order.end(), PointIndex{0});
-    std::stable_sort(order.begin(), order.end(), [this](PointIndex i, PointIndex j) {
-        const Point p = PointAt(i);
-        const Point q = PointAt(j);
-        const double difference = SquaredDistance(p, centre_) - SquaredDistance(q, centre_);
-        if (difference != 0.0) {
-            return difference < 0.0;
+// The order of the sweep: by distance from the centre, then x, then y. Distances that are not
+// finite equal each other.
+bool DelaunayMesh::ComesBefore(const RankedPoint& left, const RankedPoint& right) const {
+    const double difference = left.distance - right.distance;
+    if (difference != 0.0) {
+        return difference < 0.0;
+    }
+    const Point p = PointAt(left.index);
+    const Point q = PointAt(right.index);
+    return p.x != q.x ? p.x < q.x : p.y < q.y;
+}
+
+// All points with their distances, in index order. Returns the largest distance.
+double DelaunayMesh::RankPoints(std::span<RankedPoint> ranked) const {
+    double largest = 0.0;
+    for (PointIndex i = 0; i < ranked.size(); ++i) {
+        const double distance = SquaredDistance(PointAt(i), centre_);
+        ranked[i] = {.distance = distance, .index = i};
+        largest = std::max(largest, distance);
+    }
+    return largest;
+}
+
+// Points spread evenly over a disc have evenly spread squared distances. Where these cannot be
+// scaled to buckets (overflow, or all next to nothing) one bucket takes them all.
+void DelaunayMesh::SortFewPoints(std::span<const RankedPoint> ranked,
+                                 double largestDistance,
+                                 RankedPoint* sorted) const {
+    constexpr std::size_t kBuckets = 64;
+    const double scale = static_cast<double>(kBuckets) / largestDistance;
+    const bool isScalable = scale > 0.0 && scale <= kLargest;
+    const auto bucketOf = [scale, isScalable](const RankedPoint& point) -> std::size_t {
+        if (!isScalable) {
+            return 0;
         }
-        return p.x != q.x ? p.x < q.x : p.y < q.y;
-    });
-    return order;
+        const auto bucket = static_cast<std::size_t>(static_cast<int>(point.distance * scale));
+        return std::min(bucket, kBuckets - 1);
+    };
+    BucketSort<kBuckets>(
+        ranked, sorted, bucketOf, [this](const RankedPoint& left, const RankedPoint& right) {
+            return ComesBefore(left, right);
+        });
 }
 
 // The seed triangle as first hull and first triangle of the mesh.
@@ -172,6 +226,7 @@ void DelaunayMesh::StartHull(const Seed& seed) {
     hullPrev_.assign(n, 0);
     hullNext_.assign(n, 0);
     hullTriangle_.assign(n, 0);
+    hullKeys_.Extend(n);
 
     hullStart_ = i0;
     hullNext_[i0] = hullPrev_[i2] = i1;
@@ -181,20 +236,42 @@ void DelaunayMesh::StartHull(const Seed& seed) {
     hullTriangle_[i1] = 1;
     hullTriangle_[i2] = 2;
     for (const PointIndex i : {i0, i1, i2}) {
-        hullHash_[HullKey(PointAt(i))] = i;
+        hullKeys_[i] = HullKey(PointAt(i));
+        hullHash_[hullKeys_[i]] = i;
     }
 
-    // n points have at most 2n - 5 triangles.
-    const std::uint64_t maxHalfEdges = kHalfEdgesPerTriangle * (2 * n - 5);
-    vertices_.reserve(maxHalfEdges);
-    twins_.reserve(maxHalfEdges);
+    vertices_.reserve(MaxHalfEdges(n));
+    twins_.reserve(MaxHalfEdges(n));
     AddTriangle(i0, i1, i2, NoIndex, NoIndex, NoIndex);
 }
 
-void DelaunayMesh::Sweep(const std::vector<PointIndex>& order, const Seed& seed) {
+// Both sweep all points in the order of ComesBefore, coincident points in index order.
+void DelaunayMesh::SweepFewPoints(const Seed& seed) {
+    std::array<RankedPoint, kInlinePoints>
+        ranked;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    std::array<RankedPoint, kInlinePoints>
+        sorted;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    const std::span<RankedPoint> points = std::span(ranked).first(PointCount());
+    const double largestDistance = RankPoints(points);
+    SortFewPoints(points, largestDistance, sorted.data());
+    Sweep(std::span(sorted).first(PointCount()), seed);
+}
+
+void DelaunayMesh::SweepManyPoints(const Seed& seed) {
+    std::vector<RankedPoint> ranked(PointCount());
+    RankPoints(ranked);
+    std::stable_sort(
+        ranked.begin(), ranked.end(), [this](const RankedPoint& left, const RankedPoint& right) {
+            return ComesBefore(left, right);
+        });
+    Sweep(ranked, seed);
+}
+
+void DelaunayMesh::Sweep(std::span<const RankedPoint> order, const Seed& seed) {
     constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
     Point previous{.x = kNone, .y = kNone};  // coincides with nothing
-    for (const PointIndex i : order) {
+    for (const RankedPoint& ranked : order) {
+        const PointIndex i = ranked.index;
         const Point p = PointAt(i);
         if (Coincide(p, previous)) {
             continue;
@@ -211,7 +288,8 @@ void DelaunayMesh::Sweep(const std::vector<PointIndex>& order, const Seed& seed)
 // rounding, inside) is left out.
 void DelaunayMesh::JoinPoint(PointIndex i) {
     const Point p = PointAt(i);
-    const PointIndex start = hullPrev_[FindLiveHullPoint(p)];
+    hullKeys_[i] = HullKey(p);
+    const PointIndex start = hullPrev_[FindLiveHullPoint(hullKeys_[i])];
     const PointIndex visible = FindVisibleEdge(p, start);
     if (visible == NoIndex) {
         return;
@@ -227,15 +305,16 @@ void DelaunayMesh::JoinPoint(PointIndex i) {
     SpliceIntoHull(i, e, next);
 }
 
-// A hull point near the point's direction, to start the search for visible edges from.
-PointIndex DelaunayMesh::FindLiveHullPoint(const Point& p) const {
-    const std::uint64_t key = HullKey(p);
-    for (std::uint64_t j = 0; j < hashSize_; ++j) {
-        const PointIndex s = hullHash_[(key + j) % hashSize_];
+// A hull point near the direction of a bucket, to start the search for visible edges from.
+PointIndex DelaunayMesh::FindLiveHullPoint(std::uint64_t key) const {
+    std::uint64_t bucket = key;
+    do {
+        const PointIndex s = hullHash_[bucket];
         if (s != NoIndex && hullNext_[s] != s) {
             return s;
         }
-    }
+        bucket = bucket + 1 == hashSize_ ? 0 : bucket + 1;
+    } while (bucket != key);
     assert(false && "the point joined last is on the hull, and its bucket holds a hull point");
     return hullStart_;
 }
@@ -291,8 +370,8 @@ void DelaunayMesh::SpliceIntoHull(PointIndex i, PointIndex e, PointIndex next) {
     hullPrev_[next] = i;
     hullNext_[e] = i;
     hullNext_[i] = next;
-    hullHash_[HullKey(PointAt(i))] = i;
-    hullHash_[HullKey(PointAt(e))] = e;
+    hullHash_[hullKeys_[i]] = i;
+    hullHash_[hullKeys_[e]] = e;
 }
 
 // Flips the edge of half-edge a, and then the edges that this exposes, until the triangles around
@@ -304,30 +383,35 @@ void DelaunayMesh::SpliceIntoHull(PointIndex i, PointIndex e, PointIndex next) {
 // flips than that, the remaining edges stay as they are.
 HalfEdge DelaunayMesh::Legalize(HalfEdge a) {
     std::uint64_t flipsLeft = kMaxFlipsPerHalfEdge * vertices_.size();
+    HalfEdge ar = PrevHalfEdge(a);
     flipStack_.clear();
     while (true) {
         const HalfEdge b = twins_[a];
-        if (b != NoIndex && flipsLeft > 0 && IsIllegal(a, b)) {
-            Flip(a, b);
-            --flipsLeft;
-            flipStack_.push_back(NextHalfEdge(b));
-            continue;  // a borders another triangle now
+        if (b != NoIndex && flipsLeft > 0) {
+            const HalfEdge bl = PrevHalfEdge(b);
+            if (IsIllegal(a, ar, bl)) {
+                Flip(a, ar, b, bl);
+                --flipsLeft;
+                flipStack_.push_back(PrevHalfEdge(bl));
+                continue;  // a borders another triangle now
+            }
         }
         if (flipStack_.empty()) {
-            return PrevHalfEdge(a);
+            return ar;
         }
-        a = flipStack_.back();
-        flipStack_.pop_back();
+        a = flipStack_.PopBack();
+        ar = PrevHalfEdge(a);
     }
 }
 
-// True when the point opposite b lies inside the circle of a's triangle.
-bool DelaunayMesh::IsIllegal(HalfEdge a, HalfEdge b) const {
-    const Point p0 = PointAt(vertices_[PrevHalfEdge(a)]);
-    const Point pr = PointAt(vertices_[a]);
-    const Point pl = PointAt(vertices_[NextHalfEdge(a)]);
-    const Point p1 = PointAt(vertices_[PrevHalfEdge(b)]);
-    return InCircle(p0, pr, pl, p1);
+// True when the point opposite half-edge b, where bl starts, lies inside the circle of a's
+// triangle.
+bool DelaunayMesh::IsIllegal(HalfEdge a, HalfEdge ar, HalfEdge bl) const {
+    const HalfEdge al = PrevHalfEdge(ar);
+    return InCircle(PointAt(vertices_[ar]),
+                    PointAt(vertices_[a]),
+                    PointAt(vertices_[al]),
+                    PointAt(vertices_[bl]));
 }
 
 //            pl                       pl
@@ -340,18 +424,16 @@ bool DelaunayMesh::IsIllegal(HalfEdge a, HalfEdge b) const {
 //       ar \ || / br              b \    / br
 //           \||/                     \  /
 //            pr                       pr
-void DelaunayMesh::Flip(HalfEdge a, HalfEdge b) {
-    const HalfEdge ar = PrevHalfEdge(a);
-    const HalfEdge bl = PrevHalfEdge(b);
+void DelaunayMesh::Flip(HalfEdge a, HalfEdge ar, HalfEdge b, HalfEdge bl) {
     vertices_[a] = vertices_[bl];
     vertices_[b] = vertices_[ar];
     const HalfEdge outer = twins_[bl];
     if (outer == NoIndex) {
         MoveHullEntry(bl, a);
     }
-    Link(a, outer);
-    Link(b, twins_[ar]);
-    Link(ar, bl);
+    RelinkTwins(a, outer);
+    RelinkTwins(b, twins_[ar]);
+    RelinkTwins(ar, bl);
 }
 
 // Gives the hull edge of half-edge `from` to half-edge `to`, which took its place in a flip.

@@ -8,19 +8,26 @@
 // one appear in no triangle.
 //
 // A mesh is complete when its constructor returns and does not change afterwards. It has no shared
-// state: any number of threads may triangulate at once.
+// state: any number of threads may triangulate at once. A mesh of up to kInlinePoints points keeps
+// everything inside itself (some 18 KiB) and takes no heap memory.
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include "matcher/triangulation/half_edge.h"
+#include "matcher/triangulation/index_array.h"
 #include "matcher/triangulation/predicates.h"
 
 namespace orl::matcher {
 
 class DelaunayMesh {
   public:
+    static constexpr std::size_t kInlinePoints = 128;
+
+    using PointArray = IndexArray<kInlinePoints>;
+    using HalfEdgeArray = IndexArray<MaxHalfEdges(kInlinePoints)>;
+
     // Triangulates points (x0, y0, x1, y1, ...), which are not copied: the caller keeps them alive
     // and unchanged for the life of the mesh. A last single value is not a point.
     // REQUIRES: every coordinate is finite.
@@ -28,17 +35,19 @@ class DelaunayMesh {
     // three points, all on one line, all at one spot); std::runtime_error "Cannot link edge" on a
     // broken internal invariant; std::bad_alloc.
     explicit DelaunayMesh(std::span<const double> points);
+    DelaunayMesh(const DelaunayMesh&) = delete;
+    DelaunayMesh& operator=(const DelaunayMesh&) = delete;
 
     // The triangles in the order of construction: for each half-edge, the point where it starts.
-    const std::vector<PointIndex>& vertices() const { return vertices_; }
+    const HalfEdgeArray& vertices() const { return vertices_; }
 
     // For each half-edge, the half-edge that runs the other way along the same edge, or NoIndex
     // where the edge lies on the convex hull.
-    const std::vector<HalfEdge>& twins() const { return twins_; }
+    const HalfEdgeArray& twins() const { return twins_; }
 
     // For each hull point, the next one around the hull. A point that has left the hull is its own
     // successor; the entry of a point that never reached it stays 0.
-    const std::vector<PointIndex>& hullNext() const { return hullNext_; }
+    const PointArray& hullNext() const { return hullNext_; }
 
     // A point on the hull.
     PointIndex hullStart() const { return hullStart_; }
@@ -52,8 +61,15 @@ class DelaunayMesh {
         PointIndex i2;
     };
 
+    // A point in the order of the sweep.
+    struct RankedPoint {
+        double distance;  // squared, from the centre
+        PointIndex index;
+    };
+
     // An empty mesh over the points, for the constructor and for tests of the primitives.
     struct Unbuilt {};
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): arrays fill as the mesh grows
     DelaunayMesh(std::span<const double> points, Unbuilt /*tag*/) : points_(points) {}
 
     Point PointAt(PointIndex i) const { return {.x = points_[2 * i], .y = points_[2 * i + 1]}; }
@@ -64,6 +80,7 @@ class DelaunayMesh {
         PointIndex i0, PointIndex i1, PointIndex i2, HalfEdge a, HalfEdge b, HalfEdge c);
     void Link(HalfEdge a, HalfEdge b);
     void SetTwin(HalfEdge edge, HalfEdge twin);
+    void RelinkTwins(HalfEdge a, HalfEdge b);
     std::uint64_t HullKey(const Point& p) const;
 
     // Seed and order of the sweep.
@@ -72,13 +89,19 @@ class DelaunayMesh {
     PointIndex NearestDistinctFrom(PointIndex i0) const;
     PointIndex SmallestCircleWith(PointIndex i0, PointIndex i1) const;
     Seed ChooseSeed() const;
-    std::vector<PointIndex> SortByCentreDistance() const;
+    bool ComesBefore(const RankedPoint& left, const RankedPoint& right) const;
+    double RankPoints(std::span<RankedPoint> ranked) const;
+    void SortFewPoints(std::span<const RankedPoint> ranked,
+                       double largestDistance,
+                       RankedPoint* sorted) const;
     void StartHull(const Seed& seed);
 
     // The sweep.
-    void Sweep(const std::vector<PointIndex>& order, const Seed& seed);
+    void SweepFewPoints(const Seed& seed);
+    void SweepManyPoints(const Seed& seed);
+    void Sweep(std::span<const RankedPoint> order, const Seed& seed);
     void JoinPoint(PointIndex i);
-    PointIndex FindLiveHullPoint(const Point& p) const;
+    PointIndex FindLiveHullPoint(std::uint64_t key) const;
     PointIndex FindVisibleEdge(const Point& p, PointIndex start) const;
     PointIndex WalkForward(PointIndex i, PointIndex next);
     PointIndex WalkBackward(PointIndex i, PointIndex e);
@@ -86,21 +109,24 @@ class DelaunayMesh {
 
     // Edge flips.
     HalfEdge Legalize(HalfEdge a);
-    bool IsIllegal(HalfEdge a, HalfEdge b) const;
-    void Flip(HalfEdge a, HalfEdge b);
+    bool IsIllegal(HalfEdge a, HalfEdge ar, HalfEdge bl) const;
+    void Flip(HalfEdge a, HalfEdge ar, HalfEdge b, HalfEdge bl);
     void MoveHullEntry(HalfEdge from, HalfEdge to);
 
+    static constexpr std::size_t kInlineBuckets = 12;  // the square root of kInlinePoints, up
+
     std::span<const double> points_;
-    std::vector<PointIndex> vertices_;
-    std::vector<HalfEdge> twins_;
-    std::vector<PointIndex> hullPrev_;
-    std::vector<PointIndex> hullNext_;
-    std::vector<HalfEdge> hullTriangle_;  // for a hull point, the half-edge to the next hull point
+    HalfEdgeArray vertices_;
+    HalfEdgeArray twins_;
+    PointArray hullPrev_;
+    PointArray hullNext_;
+    PointArray hullTriangle_;  // for a hull point, the half-edge to the next hull point
+    PointArray hullKeys_;      // for a point that has reached the hull, its HullKey
     PointIndex hullStart_ = 0;
-    std::vector<PointIndex> hullHash_;  // hull points by angle around the centre
-    Point centre_;                      // circumcentre of the seed triangle
+    IndexArray<kInlineBuckets> hullHash_;  // hull points by angle around the centre
+    Point centre_;                         // circumcentre of the seed triangle
     std::uint64_t hashSize_ = 0;
-    std::vector<HalfEdge> flipStack_;
+    PointArray flipStack_;
 };
 
 }  // namespace orl::matcher

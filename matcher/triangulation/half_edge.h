@@ -19,6 +19,11 @@ inline constexpr std::uint64_t NoIndex = std::numeric_limits<std::uint64_t>::max
 
 inline constexpr std::uint64_t kHalfEdgesPerTriangle = 3;
 
+// The most half-edges of a mesh: n points have at most 2n - 5 triangles. REQUIRES: points >= 3.
+constexpr std::uint64_t MaxHalfEdges(std::uint64_t points) {
+    return kHalfEdgesPerTriangle * (2 * points - 5);
+}
+
 // Index of the triangle that owns a half-edge.
 constexpr std::uint64_t TriangleOf(HalfEdge edge) {
     return edge / kHalfEdgesPerTriangle;
@@ -31,10 +36,10 @@ constexpr HalfEdge FirstHalfEdge(HalfEdge edge) {
 
 // The half-edge after and before a half-edge in its triangle.
 constexpr HalfEdge NextHalfEdge(HalfEdge edge) {
-    return FirstHalfEdge(edge) + (edge + 1) % kHalfEdgesPerTriangle;
+    return edge % kHalfEdgesPerTriangle == 2 ? edge - 2 : edge + 1;
 }
 constexpr HalfEdge PrevHalfEdge(HalfEdge edge) {
-    return FirstHalfEdge(edge) + (edge + 2) % kHalfEdgesPerTriangle;
+    return edge % kHalfEdgesPerTriangle == 0 ? edge + 2 : edge - 1;
 }
 
 }  // namespace orl::matcher

@@ -40,7 +40,8 @@ std::vector<std::uint64_t> triangulate(std::span<const Minutia> minutiae) {
         points.push_back(minutia.x);
         points.push_back(minutia.y);
     }
-    return matcher::DelaunayMesh(points).vertices();
+    const matcher::DelaunayMesh mesh(points);
+    return {mesh.vertices().begin(), mesh.vertices().end()};
 }
 
 void inspectRecord(std::span<const std::uint8_t> bytes, Inspection& inspection) {

@@ -23,6 +23,11 @@ TEST(HalfEdge, RunsAroundItsTriangleInThreeSteps) {
     }
 }
 
+TEST(HalfEdge, AreAtMostThreeForEachOfTwoNMinusFiveTriangles) {
+    EXPECT_EQ(MaxHalfEdges(3), 3U);
+    EXPECT_EQ(MaxHalfEdges(128), 753U);
+}
+
 TEST(HalfEdge, HasAllBitsSetWhereThereIsNone) {
     EXPECT_EQ(NoIndex, 0xFFFFFFFFFFFFFFFFU);
 }

@@ -44,14 +44,14 @@ TEST_F(CheckMeshFinds, NothingInASoundMesh) {
 }
 
 TEST_F(CheckMeshFinds, AListThatIsNoListOfTriangles) {
-    Peer::Vertices(mesh).pop_back();
+    Peer::Vertices(mesh).PopBack();
     EXPECT_THAT(Broken(), HasSubstr("no list of triangles"));
     Peer::Vertices(mesh).clear();
     EXPECT_THAT(Broken(), HasSubstr("no list of triangles"));
 }
 
 TEST_F(CheckMeshFinds, AMissingTwinEntry) {
-    Peer::Twins(mesh).pop_back();
+    Peer::Twins(mesh).PopBack();
     EXPECT_THAT(Broken(), HasSubstr("one twin for every half-edge"));
 }
 
@@ -140,8 +140,8 @@ TEST_F(CheckMeshFinds, AnEdgeWithTheOppositePointInsideItsCircle) {
     constexpr std::array<double, 8> kKite = {0, 0, 20, 0, 10, 3, 10, -3};
     DelaunayMesh kite(kKite);
     EXPECT_EQ(CheckMesh(kite, kKite), "");
-    Peer::Vertices(kite) = {0, 2, 1, 0, 1, 3};
-    Peer::Twins(kite) = {NoIndex, NoIndex, 3, 2, NoIndex, NoIndex};
+    Peer::Assign(Peer::Vertices(kite), {0, 2, 1, 0, 1, 3});
+    Peer::Assign(Peer::Twins(kite), {NoIndex, NoIndex, 3, 2, NoIndex, NoIndex});
     EXPECT_THAT(CheckMesh(kite, kKite), HasSubstr("inside its circle"));
 }
 

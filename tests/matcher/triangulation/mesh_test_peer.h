@@ -4,8 +4,8 @@
 // to break a finished one with.
 
 #include <cstdint>
+#include <initializer_list>
 #include <span>
-#include <vector>
 
 #include "matcher/triangulation/delaunay_mesh.h"
 
@@ -37,14 +37,19 @@ class DelaunayMeshTestPeer {
         return mesh.HullKey(p);
     }
 
-    static std::vector<PointIndex>& Vertices(DelaunayMesh& mesh) { return mesh.vertices_; }
-    static std::vector<HalfEdge>& Twins(DelaunayMesh& mesh) { return mesh.twins_; }
-    static std::vector<PointIndex>& HullNext(DelaunayMesh& mesh) { return mesh.hullNext_; }
-    static const std::vector<PointIndex>& HullPrev(const DelaunayMesh& mesh) {
-        return mesh.hullPrev_;
-    }
-    static const std::vector<HalfEdge>& HullTriangle(const DelaunayMesh& mesh) {
-        return mesh.hullTriangle_;
+    static auto& Vertices(DelaunayMesh& mesh) { return mesh.vertices_; }
+    static auto& Twins(DelaunayMesh& mesh) { return mesh.twins_; }
+    static auto& HullNext(DelaunayMesh& mesh) { return mesh.hullNext_; }
+    static const auto& HullPrev(const DelaunayMesh& mesh) { return mesh.hullPrev_; }
+    static const auto& HullTriangle(const DelaunayMesh& mesh) { return mesh.hullTriangle_; }
+
+    // Gives one of the arrays above other entries.
+    template <typename Array>
+    static void Assign(Array& array, std::initializer_list<std::uint64_t> entries) {
+        array.clear();
+        for (const std::uint64_t entry : entries) {
+            array.push_back(entry);
+        }
     }
     static const Point& Centre(const DelaunayMesh& mesh) { return mesh.centre_; }
 };
