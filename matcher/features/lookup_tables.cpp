@@ -64,6 +64,26 @@ std::int16_t Bearing(std::int16_t dy, std::int16_t dx) {
     return table.entries[Offset(dy) * kSpan + Offset(dx)];
 }
 
+const QuarterTurnBearings& QuarterTurnBearings::Table() {
+    static const QuarterTurnBearings table;
+    return table;
+}
+
+QuarterTurnBearings::QuarterTurnBearings() {  // NOLINT(cppcoreguidelines-pro-type-member-init):
+                                              // filled below, entry by entry
+    const auto bearingByte = [](int dy, int dx) {
+        const auto bearing = Bearing(static_cast<std::int16_t>(dy), static_cast<std::int16_t>(dx));
+        return std::uint32_t{static_cast<std::uint8_t>(bearing)};
+    };
+    std::size_t next = 0;
+    for (int dy = -kReach; dy <= kReach; ++dy) {
+        for (int dx = -kReach; dx <= kReach; ++dx) {
+            entries_[next++] = bearingByte(dy, dx) | bearingByte(dx, -dy) << 8U |
+                               bearingByte(-dy, -dx) << 16U | bearingByte(-dx, dy) << 24U;
+        }
+    }
+}
+
 std::uint8_t Distance(const TriangleVertex& p, const TriangleVertex& q) {
     static const DistanceTable table;
     const int dx = p.x - q.x;

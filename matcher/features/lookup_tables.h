@@ -5,6 +5,8 @@
 // lock. All angles are steps of the 255-step turn. The lookups check no index: callers keep to the
 // stated ranges.
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "matcher/features/finger_model.h"
@@ -14,6 +16,28 @@ namespace orl::matcher {
 // Direction of the vector (dx, dy) in steps: 0 along +x, growing toward +y, -127..128, and 0 for
 // the null vector. REQUIRES: dy and dx in -255..255.
 std::int16_t Bearing(std::int16_t dy, std::int16_t dx);
+
+// The low bytes of the bearings of a vector and of its quarter turns: byte m (from the lowest) is
+// that of (dx, dy) turned m times by (dx, dy) -> (-dy, dx), so byte 2 belongs to the opposite
+// vector. Hoist the table out of loops: reaching it costs a test whether it is built.
+class QuarterTurnBearings {
+  public:
+    // The process-wide table; built by the first call, from any thread.
+    static const QuarterTurnBearings& Table();
+
+    // REQUIRES: dy and dx in -255..255.
+    std::uint32_t operator()(int dy, int dx) const {
+        return entries_[static_cast<std::size_t>((dy + kReach) * kSpan + dx + kReach)];
+    }
+
+  private:
+    static constexpr int kReach = 255;
+    static constexpr int kSpan = 2 * kReach + 1;
+
+    QuarterTurnBearings();
+
+    std::array<std::uint32_t, static_cast<std::size_t>(kSpan) * kSpan> entries_;
+};
 
 // Distance between two grid points in grid units, rounded half away from zero and kept modulo 256:
 // (0,0)-(255,255) is 360.6 long and reads as 105. The wrap is part of the stored side lengths; do

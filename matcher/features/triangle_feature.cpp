@@ -39,22 +39,44 @@ void StoreLittleEndian(std::uint32_t word, std::uint8_t (&bytes)[4]) {
 
 }  // namespace
 
-void OrderTriangleVertices(TriangleVertex (&vertices)[3]) {
-    const int centreX = WeightedCentre(vertices[0].x, vertices[1].x, vertices[2].x);
-    const int centreY = WeightedCentre(vertices[0].y, vertices[1].y, vertices[2].y);
-    std::array<std::int16_t, 3> bearings{};
-    for (std::size_t i = 0; i < bearings.size(); ++i) {
-        bearings[i] = BearingFromCentre(vertices[i], centreX, centreY);
-    }
-    const auto compareExchange = [&](std::size_t i, std::size_t j) {
-        if (bearings[i] > bearings[j]) {
-            std::swap(bearings[i], bearings[j]);
-            std::swap(vertices[i], vertices[j]);
-        }
+VertexOrder BearingOrder(const TriangleVertex& a,
+                         const TriangleVertex& b,
+                         const TriangleVertex& c) {
+    // Which vertices come first, second and third, by the exchanges made: bit 0 for positions 0 and
+    // 2, bit 1 for 0 and 1, bit 2 for 1 and 2.
+    static constexpr std::array<VertexOrder, 8> kOrders = {{{0, 1, 2},
+                                                            {2, 1, 0},
+                                                            {1, 0, 2},
+                                                            {1, 2, 0},
+                                                            {0, 2, 1},
+                                                            {2, 0, 1},
+                                                            {1, 2, 0},
+                                                            {1, 0, 2}}};
+    const int centreX = WeightedCentre(a.x, b.x, c.x);
+    const int centreY = WeightedCentre(a.y, b.y, c.y);
+    int first = BearingFromCentre(a, centreX, centreY);
+    int second = BearingFromCentre(b, centreX, centreY);
+    int third = BearingFromCentre(c, centreX, centreY);
+    std::size_t exchanges = 0;
+    const auto compareExchange = [&exchanges](int& low, int& high, std::size_t step) {
+        const bool exchange = low > high;
+        exchanges |= std::size_t{exchange} << step;
+        const int smaller = exchange ? high : low;
+        high = exchange ? low : high;
+        low = smaller;
     };
-    compareExchange(0, 2);
-    compareExchange(0, 1);
-    compareExchange(1, 2);
+    compareExchange(first, third, 0);
+    compareExchange(first, second, 1);
+    compareExchange(second, third, 2);
+    return kOrders[exchanges];
+}
+
+void OrderTriangleVertices(TriangleVertex (&vertices)[3]) {
+    const VertexOrder order = BearingOrder(vertices[0], vertices[1], vertices[2]);
+    const std::array<TriangleVertex, 3> unordered = {vertices[0], vertices[1], vertices[2]};
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        vertices[i] = unordered[order[i]];
+    }
 }
 
 TriangleFeature OrderedTriangle(const TriangleVertex& a,

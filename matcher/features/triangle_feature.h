@@ -4,15 +4,22 @@
 // that matching forms itself from rotated vertices. Pure functions apart from the lookup tables'
 // build on first use; safe from any thread.
 
+#include <array>
 #include <cstdint>
 
 #include "matcher/features/finger_model.h"
 
 namespace orl::matcher {
 
-// Orders three vertices, in place, by their bearing from the triangle's weighted centre, ascending;
+// Positions 0..2 of three vertices in a new order: which comes first, second and third.
+using VertexOrder = std::array<std::uint8_t, 3>;
+
+// The order of three vertices by their bearing from the triangle's weighted centre, ascending;
 // equal bearings keep their positions (three compare-exchange steps: 0-2, 0-1, 1-2). The third
 // vertex weighs twice as much as each of the others in that centre.
+VertexOrder BearingOrder(const TriangleVertex& a, const TriangleVertex& b, const TriangleVertex& c);
+
+// Puts three vertices into that order, in place.
 void OrderTriangleVertices(TriangleVertex (&vertices)[3]);
 
 // The same, returning the ordered vertices of the given triangle; `sides` is zero in the result.
