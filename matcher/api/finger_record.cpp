@@ -55,45 +55,43 @@ bool readView(RecordReader& reader, RecordView& view) {
            reader.readUint16(extendedBytes) && reader.skip(extendedBytes);
 }
 
-Minutia minutiaFromBytes(std::span<const std::uint8_t> bytes) {
+Minutia minutiaFromBytes(std::span<const std::uint8_t, kBytesPerMinutia> bytes) {
     constexpr unsigned kTypeShift = 6;
-    constexpr unsigned kCoordinateMask = 0x3FFF;
-    RecordReader reader(bytes);
-    std::uint16_t typeAndX = 0;
-    std::uint16_t y = 0;
-    std::uint8_t angleByte = 0;
-    reader.readUint16(typeAndX);
-    reader.readUint16(y);
-    reader.readUint8(angleByte);
+    constexpr unsigned kUpperCoordinateMask = 0x3F;
+    const auto coordinate = [](std::uint8_t upper, std::uint8_t lower) {
+        return static_cast<std::uint16_t>((upper & kUpperCoordinateMask) << 8U | lower);
+    };
     return Minutia{.type = static_cast<std::uint32_t>(bytes[0] >> kTypeShift),
-                   .x = static_cast<std::uint16_t>(typeAndX & kCoordinateMask),
-                   .y = static_cast<std::uint16_t>(y & kCoordinateMask),
-                   .angle = DegreesFromAngleByte(angleByte)};
+                   .x = coordinate(bytes[0], bytes[1]),
+                   .y = coordinate(bytes[2], bytes[3]),
+                   .angle = DegreesFromAngleByte(bytes[4])};
 }
 
-MinutiaList minutiaeOfView(const RecordView& view) {
-    const std::size_t declared = view.minutiae.size() / kBytesPerMinutia;
-    const std::size_t kept = std::min(declared, kMaxMinutiae);
-    MinutiaList list;
-    list.reserve(kept);
-    for (std::size_t i = 0; i < kept; ++i) {
-        list.push_back(
-            minutiaFromBytes(view.minutiae.subspan(i * kBytesPerMinutia, kBytesPerMinutia)));
-    }
-    return list;
-}
-
-// The minutiae of `viewCount` views; false when a view runs past the record's end.
-bool readViews(RecordReader& reader, std::size_t viewCount, std::vector<MinutiaList>& fingers) {
-    fingers.reserve(viewCount);
+// Moves the reader past `viewCount` views; false when one runs past the record's end.
+bool skipViews(RecordReader& reader, std::size_t viewCount) {
     for (std::size_t i = 0; i < viewCount; ++i) {
         RecordView view;
         if (!readView(reader, view)) {
             return false;
         }
-        fingers.push_back(minutiaeOfView(view));
     }
     return true;
+}
+
+// Appends the features of the next view; false when it has too few minutiae.
+template <FeatureForm kForm>
+bool loadView(RecordReader& reader, BasicLoadedTemplate<kForm>& loaded) {
+    RecordView view;
+    readView(reader, view);
+    const std::size_t declared = view.minutiae.size() / kBytesPerMinutia;
+    const std::size_t kept = std::min(declared, kMaxMinutiae);
+    std::array<Minutia, kMaxMinutiae> minutiae;
+    for (std::size_t i = 0; i < kept; ++i) {
+        minutiae[i] =
+            minutiaFromBytes(view.minutiae.subspan(i * kBytesPerMinutia).first<kBytesPerMinutia>());
+    }
+    return AppendFingerFeatures(
+        loaded.fingers, loaded.imageSize, std::span<const Minutia>(minutiae).first(kept));
 }
 
 }  // namespace
@@ -111,16 +109,22 @@ bool parseFingerRecord(BasicLoadedTemplate<kForm>& loaded,
         return false;
     }
     loaded.imageSize = header.imageSize;
-    std::vector<MinutiaList> fingers;
-    if (!readViews(reader, header.viewCount, fingers)) {
+    // All views are read before the first one is built.
+    RecordReader views = reader;
+    if (!skipViews(reader, header.viewCount)) {
         return false;
     }
     // Without a side the image has no scale, so no finger can be placed on the matching grid.
-    if (!fingers.empty() && header.imageSize == ImageSize{}) {
+    if (header.viewCount > 0 && header.imageSize == ImageSize{}) {
         return false;
     }
-    return BuildFingerFeatures(
-        loaded.fingers, loaded.imageSize, std::span<const MinutiaList>(fingers));
+    loaded.fingers.reserve(loaded.fingers.size() + header.viewCount);
+    for (std::size_t i = 0; i < header.viewCount; ++i) {
+        if (!loadView(views, loaded)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 template bool parseFingerRecord(LoadedTemplate&, const std::uint8_t*, std::size_t);

@@ -8,8 +8,9 @@
 //
 // All functions are pure and never throw; safe from any thread.
 
-#include <cmath>
 #include <cstdint>
+
+#include "matcher/features/rounding.h"
 
 namespace orl::matcher {
 
@@ -20,7 +21,7 @@ inline constexpr int kMatchingStepsPerTurn = 256;  // matching: wrap-around of d
 // 180 gives 128, 1 gives 1.
 inline std::int16_t DegreesToSteps(std::uint16_t degrees) {
     constexpr float kStepsPerDegree = 0.7083333F;  // 255 / 360
-    return static_cast<std::int16_t>(std::lround(static_cast<float>(degrees) * kStepsPerDegree));
+    return static_cast<std::int16_t>(RoundHalfUp(static_cast<float>(degrees) * kStepsPerDegree));
 }
 
 // Smaller angle between two directions, 255-step turn: min(255 - |a - b|, |a - b|).

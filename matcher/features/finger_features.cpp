@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
-#include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 #include "matcher/features/angles.h"
+#include "matcher/features/rounding.h"
 #include "matcher/features/triangle_feature.h"
+#include "matcher/triangulation/bucket_sort.h"
 #include "matcher/triangulation/delaunay_mesh.h"
 
 namespace orl::matcher {
@@ -17,14 +19,19 @@ namespace {
 constexpr std::size_t kMinMinutiae = 2;
 constexpr float kGridUnits = 256.0F;  // along the image's larger side
 
+// No mesh has twice as many triangles as points.
+constexpr std::size_t kMaxTriangles = 2 * kMaxMinutiae;
+
+using Corner = TriangleMaker::Corner;
+
 // Stored bytes are the low 8 bits of the rounded value, without clamping: a minutia on the far edge
 // of the larger side scales to 256 and is stored as 0.
-std::uint8_t LowByte(long value) {
+std::uint8_t LowByte(int value) {
     return static_cast<std::uint8_t>(value);
 }
 
 std::uint8_t GridByte(std::uint16_t pixels, float scale) {
-    return LowByte(std::lround(static_cast<float>(pixels) * scale));
+    return LowByte(RoundHalfUp(static_cast<float>(pixels) * scale));
 }
 
 TriangleVertex VertexOf(const Minutia& minutia, float scale) {
@@ -34,7 +41,7 @@ TriangleVertex VertexOf(const Minutia& minutia, float scale) {
             .type = static_cast<std::uint8_t>(minutia.type)};
 }
 
-DelaunayMesh Triangulate(const MinutiaList& minutiae, std::span<double> coordinates) {
+DelaunayMesh Triangulate(std::span<const Minutia> minutiae, std::span<double> coordinates) {
     std::size_t used = 0;
     for (const Minutia& minutia : minutiae) {
         coordinates[used++] = minutia.x;
@@ -43,36 +50,83 @@ DelaunayMesh Triangulate(const MinutiaList& minutiae, std::span<double> coordina
     return DelaunayMesh(coordinates.first(used));
 }
 
-// One feature per triangle, from the last triangle to the first, then sorted; features of equal key
-// stay in the order in which they were made.
-std::vector<TriangleFeature> MakeTriangles(const MinutiaList& minutiae,
+// A triangle of the mesh on its way into the sorted list. The place in which it was made is the
+// lowest byte of the number that it is sorted by: triangles of equal key keep that order.
+struct SortItem {
+    std::uint32_t keyAndPlace;
+    std::uint32_t sideWord;
+};
+
+constexpr std::uint32_t kPlaceBits = 8;
+static_assert(kMaxTriangles <= 1U << kPlaceBits);
+
+// The items of all triangles, from the last one to the first, in the order of the finger's list.
+void SortTriangles(const TriangleMaker& maker,
+                   std::span<const PointIndex> points,
+                   const Corner* corners,
+                   SortItem* sorted) {
+    constexpr std::size_t kBuckets = 128;
+    constexpr std::uint32_t kBucketShift = 32 - 7;
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): filled as far as it is read
+    std::array<SortItem, kMaxTriangles> items;
+    const std::size_t count = points.size() / kHalfEdgesPerTriangle;
+    assert(count <= kMaxTriangles);
+    const PointIndex* triangle = points.data() + kHalfEdgesPerTriangle * count;
+    for (std::uint32_t place = 0; place < count; ++place) {
+        triangle -= kHalfEdgesPerTriangle;
+        const std::uint32_t sideWord =
+            maker.SideWord(corners[triangle[0]], corners[triangle[1]], corners[triangle[2]]);
+        items[place] = {.keyAndPlace = TriangleKey(sideWord) << kPlaceBits | place,
+                        .sideWord = sideWord};
+    }
+    BucketSort<kBuckets>(
+        std::span<const SortItem>(items).first(count),
+        sorted,
+        [](const SortItem& item) { return item.keyAndPlace >> kBucketShift; },
+        [](const SortItem& left, const SortItem& right) {
+            return left.keyAndPlace < right.keyAndPlace;
+        });
+}
+
+// One feature per triangle, made from the last triangle to the first and sorted; features of equal
+// key stay in the order in which they were made.
+std::vector<TriangleFeature> MakeTriangles(std::span<const Minutia> minutiae,
                                            const ImageSize& imageSize) {
-    std::array<double, 2 * kMaxMinutiae> coordinates{};
+    // NOLINTBEGIN(cppcoreguidelines-pro-type-member-init): filled as far as they are read
+    std::array<double, 2 * kMaxMinutiae> coordinates;
+    std::array<Corner, kMaxMinutiae> corners;
+    std::array<SortItem, kMaxTriangles> items;
+    // NOLINTEND(cppcoreguidelines-pro-type-member-init)
     const DelaunayMesh mesh = Triangulate(minutiae, coordinates);
-    const auto& corners = mesh.vertices();
     const float scale =
         kGridUnits / static_cast<float>(std::max(imageSize.width, imageSize.height));
-
-    std::vector<TriangleFeature> triangles;
-    triangles.reserve(corners.size() / kHalfEdgesPerTriangle);
-    for (std::size_t t = corners.size() / kHalfEdgesPerTriangle; t-- > 0;) {
-        const std::size_t first = kHalfEdgesPerTriangle * t;
-        triangles.push_back(MakeTriangleFeature(VertexOf(minutiae[corners[first]], scale),
-                                                VertexOf(minutiae[corners[first + 1]], scale),
-                                                VertexOf(minutiae[corners[first + 2]], scale)));
+    for (std::size_t i = 0; i < minutiae.size(); ++i) {
+        corners[i] = TriangleMaker::CornerOf(VertexOf(minutiae[i], scale));
     }
-    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+
+    const TriangleMaker maker;
+    const std::span<const PointIndex> points(mesh.vertices().data(), mesh.vertices().size());
+    SortTriangles(maker, points, corners.data(), items.data());
+    std::vector<TriangleFeature> triangles(points.size() / kHalfEdgesPerTriangle);
+    for (std::size_t i = 0; i < triangles.size(); ++i) {
+        const std::size_t place = items[i].keyAndPlace & ((1U << kPlaceBits) - 1);
+        const PointIndex* const triangle =
+            &points[kHalfEdgesPerTriangle * (triangles.size() - 1 - place)];
+        triangles[i] = maker.Make(
+            corners[triangle[0]], corners[triangle[1]], corners[triangle[2]], items[i].sideWord);
+    }
     return triangles;
 }
 
 template <FeatureForm kForm>
-BasicFingerFeatures<kForm> MakeFinger(const MinutiaList& minutiae, const ImageSize& imageSize) {
+BasicFingerFeatures<kForm> MakeFinger(std::span<const Minutia> minutiae,
+                                      const ImageSize& imageSize) {
     BasicFingerFeatures<kForm> finger;
     finger.minutiaCount = minutiae.size();
     finger.triangles = MakeTriangles(minutiae, imageSize);
     if constexpr (kForm == FeatureForm::kFull) {
         finger.imageSize = imageSize;
-        finger.minutiae = minutiae;
+        finger.minutiae.assign(minutiae.begin(), minutiae.end());
     }
     return finger;
 }
@@ -80,19 +134,32 @@ BasicFingerFeatures<kForm> MakeFinger(const MinutiaList& minutiae, const ImageSi
 }  // namespace
 
 template <FeatureForm kForm>
-bool BuildFingerFeatures(std::vector<BasicFingerFeatures<kForm>>& features,
-                         const ImageSize& imageSize,
-                         std::span<const MinutiaList> fingers) {
-    assert(fingers.empty() || imageSize.width > 0 || imageSize.height > 0);
-    for (const MinutiaList& minutiae : fingers) {
-        if (minutiae.size() < kMinMinutiae || minutiae.size() > kMaxMinutiae) {
-            return false;
-        }
-        features.push_back(MakeFinger<kForm>(minutiae, imageSize));
+bool AppendFingerFeatures(std::vector<BasicFingerFeatures<kForm>>& features,
+                          const ImageSize& imageSize,
+                          std::span<const Minutia> minutiae) {
+    assert(imageSize.width > 0 || imageSize.height > 0);
+    if (minutiae.size() < kMinMinutiae || minutiae.size() > kMaxMinutiae) {
+        return false;
     }
+    features.push_back(MakeFinger<kForm>(minutiae, imageSize));
     return true;
 }
 
+template <FeatureForm kForm>
+bool BuildFingerFeatures(std::vector<BasicFingerFeatures<kForm>>& features,
+                         const ImageSize& imageSize,
+                         std::span<const MinutiaList> fingers) {
+    return std::ranges::all_of(fingers, [&](const MinutiaList& minutiae) {
+        return AppendFingerFeatures(features, imageSize, minutiae);
+    });
+}
+
+template bool AppendFingerFeatures(std::vector<FingerFeatures>&,
+                                   const ImageSize&,
+                                   std::span<const Minutia>);
+template bool AppendFingerFeatures(std::vector<FullFingerFeatures>&,
+                                   const ImageSize&,
+                                   std::span<const Minutia>);
 template bool BuildFingerFeatures(std::vector<FingerFeatures>&,
                                   const ImageSize&,
                                   std::span<const MinutiaList>);

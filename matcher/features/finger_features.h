@@ -22,6 +22,18 @@ bool BuildFingerFeatures(std::vector<BasicFingerFeatures<kForm>>& features,
                          const ImageSize& imageSize,
                          std::span<const MinutiaList> fingers);
 
+// The same for the minutiae of one finger; takes no heap memory but what it appends.
+template <FeatureForm kForm>
+bool AppendFingerFeatures(std::vector<BasicFingerFeatures<kForm>>& features,
+                          const ImageSize& imageSize,
+                          std::span<const Minutia> minutiae);
+
+extern template bool AppendFingerFeatures(std::vector<FingerFeatures>&,
+                                          const ImageSize&,
+                                          std::span<const Minutia>);
+extern template bool AppendFingerFeatures(std::vector<FullFingerFeatures>&,
+                                          const ImageSize&,
+                                          std::span<const Minutia>);
 extern template bool BuildFingerFeatures(std::vector<FingerFeatures>&,
                                          const ImageSize&,
                                          std::span<const MinutiaList>);

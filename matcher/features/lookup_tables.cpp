@@ -10,7 +10,6 @@ namespace {
 
 constexpr int kMaxDifference = 255;                    // of two grid bytes
 constexpr std::size_t kSpan = 2 * kMaxDifference + 1;  // differences and angles -255..255
-constexpr std::size_t kSquaredDistances = 131072;      // 2 * 255^2 = 130050 is the largest in use
 constexpr float kStepsPerRadian = 40.58451F;           // 255 / 2 pi
 constexpr float kRadiansPerStep = 0.024639942F;        // 2 pi / 255
 
@@ -21,31 +20,6 @@ constexpr std::size_t Offset(int value) {
 
 // Each table is a function-local static: its first user builds it while others wait, and a build
 // that fails is tried again by the next one. None takes heap memory or is ever released.
-
-struct BearingTable {
-    std::array<std::int16_t, kSpan * kSpan> entries;  // rows dy, columns dx
-
-    BearingTable() {  // NOLINT(cppcoreguidelines-pro-type-member-init): filled below, entry by
-                      // entry
-        for (int dy = -kMaxDifference; dy <= kMaxDifference; ++dy) {
-            for (int dx = -kMaxDifference; dx <= kMaxDifference; ++dx) {
-                const float radians = std::atan2(static_cast<float>(dy), static_cast<float>(dx));
-                entries[Offset(dy) * kSpan + Offset(dx)] =
-                    static_cast<std::int16_t>(std::lround(radians * kStepsPerRadian));
-            }
-        }
-    }
-};
-
-struct DistanceTable {
-    std::array<std::uint8_t, kSquaredDistances> entries;  // by squared distance
-
-    DistanceTable() {  // NOLINT(cppcoreguidelines-pro-type-member-init): filled below
-        for (std::size_t i = 0; i < kSquaredDistances; ++i) {
-            entries[i] = static_cast<std::uint8_t>(std::lround(std::sqrt(static_cast<double>(i))));
-        }
-    }
-};
 
 using WaveTable = std::array<float, kSpan>;  // by angle in steps
 
@@ -59,9 +33,24 @@ WaveTable BuildWaveTable(float (*wave)(float)) {
 
 }  // namespace
 
-std::int16_t Bearing(std::int16_t dy, std::int16_t dx) {
+const BearingTable& BearingTable::Table() {
     static const BearingTable table;
-    return table.entries[Offset(dy) * kSpan + Offset(dx)];
+    return table;
+}
+
+BearingTable::BearingTable() {  // NOLINT(cppcoreguidelines-pro-type-member-init): filled below,
+                                // entry by entry
+    std::size_t next = 0;
+    for (int dy = -kReach; dy <= kReach; ++dy) {
+        for (int dx = -kReach; dx <= kReach; ++dx) {
+            const float radians = std::atan2(static_cast<float>(dy), static_cast<float>(dx));
+            entries_[next++] = static_cast<std::int16_t>(std::lround(radians * kStepsPerRadian));
+        }
+    }
+}
+
+std::int16_t Bearing(std::int16_t dy, std::int16_t dx) {
+    return BearingTable::Table().FromTo(0, BearingTable::Place(dy, dx));
 }
 
 const QuarterTurnBearings& QuarterTurnBearings::Table() {
@@ -84,12 +73,19 @@ QuarterTurnBearings::QuarterTurnBearings() {  // NOLINT(cppcoreguidelines-pro-ty
     }
 }
 
-std::uint8_t Distance(const TriangleVertex& p, const TriangleVertex& q) {
+const DistanceTable& DistanceTable::Table() {
     static const DistanceTable table;
-    const int dx = p.x - q.x;
-    const int dy = p.y - q.y;
-    const int squaredDistance = dx * dx + dy * dy;
-    return table.entries[static_cast<std::size_t>(squaredDistance)];
+    return table;
+}
+
+DistanceTable::DistanceTable() {  // NOLINT(cppcoreguidelines-pro-type-member-init): filled below
+    for (std::size_t i = 0; i < kSquaredDistances; ++i) {
+        entries_[i] = static_cast<std::uint8_t>(std::lround(std::sqrt(static_cast<double>(i))));
+    }
+}
+
+std::uint8_t Distance(const TriangleVertex& p, const TriangleVertex& q) {
+    return DistanceTable::Table()(p.y - q.y, p.x - q.x);
 }
 
 float Cos(std::int16_t steps) {

@@ -17,6 +17,48 @@ namespace orl::matcher {
 // the null vector. REQUIRES: dy and dx in -255..255.
 std::int16_t Bearing(std::int16_t dy, std::int16_t dx);
 
+// The tables behind Bearing and Distance, for loops: reaching one costs a test whether it is built,
+// so hoist it out. Table() is the process-wide one, built by the first call, from any thread.
+class BearingTable {
+  public:
+    static const BearingTable& Table();
+
+    // A grid point, or a vector, as one number; the number of a vector is the difference of those
+    // of its ends. REQUIRES: y and x in -255..255.
+    static constexpr int Place(int y, int x) { return y * kSpan + x; }
+
+    // Bearing of the vector from one place to another.
+    std::int16_t FromTo(int from, int to) const {
+        return entries_[static_cast<std::size_t>(to - from + Place(kReach, kReach))];
+    }
+
+  private:
+    static constexpr int kReach = 255;
+    static constexpr int kSpan = 2 * kReach + 1;
+
+    BearingTable();
+
+    std::array<std::int16_t, static_cast<std::size_t>(kSpan) * kSpan>
+        entries_;  // rows dy, from -255
+};
+
+class DistanceTable {
+  public:
+    static const DistanceTable& Table();
+
+    // Distance along (dx, dy). REQUIRES: dy and dx in -255..255.
+    std::uint8_t operator()(int dy, int dx) const {
+        return entries_[static_cast<std::size_t>(dx * dx + dy * dy)];
+    }
+
+  private:
+    static constexpr std::size_t kSquaredDistances = 131072;  // 2 * 255^2 = 130050 is the largest
+
+    DistanceTable();
+
+    std::array<std::uint8_t, kSquaredDistances> entries_;  // by squared distance
+};
+
 // The low bytes of the bearings of a vector and of its quarter turns: byte m (from the lowest) is
 // that of (dx, dy) turned m times by (dx, dy) -> (-dy, dx), so byte 2 belongs to the opposite
 // vector. Hoist the table out of loops: reaching it costs a test whether it is built.

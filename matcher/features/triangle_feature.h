@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "matcher/features/finger_model.h"
+#include "matcher/features/lookup_tables.h"
 
 namespace orl::matcher {
 
@@ -36,6 +37,43 @@ std::uint32_t SideLengthWord(std::uint8_t d0, std::uint8_t d1, std::uint8_t d2);
 TriangleFeature MakeTriangleFeature(const TriangleVertex& a,
                                     const TriangleVertex& b,
                                     const TriangleVertex& c);
+
+// The same for many triangles over the same vertices: reaches the lookup tables once and takes what
+// a vertex adds to several triangles from its corner. Never throws; a maker may serve any threads.
+class TriangleMaker {
+  public:
+    // A vertex as the maker wants it.
+    struct Corner {
+        TriangleVertex vertex;
+        int x;
+        int y;
+        int place;  // see BearingTable
+    };
+
+    static Corner CornerOf(const TriangleVertex& vertex);
+
+    // The side length word of a triangle, whatever the order of its corners.
+    std::uint32_t SideWord(const Corner& a, const Corner& b, const Corner& c) const;
+
+    // The whole feature, given its side length word.
+    TriangleFeature Make(const Corner& a,
+                         const Corner& b,
+                         const Corner& c,
+                         std::uint32_t sideWord) const;
+
+  private:
+    const BearingTable& bearings_ = BearingTable::Table();
+    const DistanceTable& distances_ = DistanceTable::Table();
+};
+
+// The key of a finger's triangle list as one number, from a side length word: its three lowest
+// bytes, the first being the most significant, each rising as a signed byte does.
+constexpr std::uint32_t TriangleKey(std::uint32_t sideWord) {
+    constexpr std::uint32_t kSigns = 0x808080;
+    const std::uint32_t reversed =
+        (sideWord & 0xFFU) << 16U | (sideWord & 0xFF00U) | (sideWord >> 16U & 0xFFU);
+    return reversed ^ kSigns;
+}
 
 // The order of a finger's triangle list: bytes 12, 13, 14 as signed bytes, lexicographically.
 bool TriangleKeyLess(const TriangleFeature& left, const TriangleFeature& right);

@@ -8,6 +8,7 @@
 
 #include "matcher/api/finger_matcher.h"
 #include "matcher/api/match_facade.h"
+#include "matcher/api/template_loading.h"
 #include "tests/support/failing_new.h"
 #include "tests/support/record_builder.h"
 #include "tests/support/scratch_folder.h"
@@ -71,6 +72,19 @@ TEST(FailingAllocation, PassesThroughTheEntryAndLeavesAZeroResult) {
     });
     EXPECT_GT(thrown, 10) << "a match allocates lists, meshes and triangles";
     ORLFingerMatcher_Shutdown();
+}
+
+TEST(FailingAllocation, HasTwoPlacesWhileOneRecordIsLoaded) {
+    for (const std::size_t minutiae : {3U, 48U, 128U}) {
+        const Bytes record = BuildRecord(RandomMinutiae(83, minutiae));
+        orl::matcher::LoadedTemplate loaded;
+        std::string message;
+        const FailingNew counting(0);
+        const std::int32_t status = orl::matcher::loadTemplateFromBuffer(
+            record.data(), record.size(), "Probe", 2, 3, loaded, message);
+        EXPECT_EQ(status, 0);
+        EXPECT_LE(counting.Allocations(), 2) << "the list of fingers, and the finger's triangles";
+    }
 }
 
 TEST(FailingAllocation, PassesThroughLoadingFromFiles) {
