@@ -120,7 +120,7 @@ TEST_F(BirExtraction, AcceptsAnOffsetThatPointsBackIntoTheHeader) {
 
 TEST_F(BirExtraction, ReadsNothingButTheStandardDataPair) {
     std::vector<std::uint8_t> bir = BirOfSize(64, 16, 48);
-    for (const std::size_t i : {0, 7, 16, 31}) {
+    for (const std::size_t i : {0U, 7U, 16U, 31U}) {
         bir[i] = 0xFF;
     }
     ExpectView(bir, 48, 16);
@@ -143,7 +143,7 @@ TEST_F(BirExtraction, AgreesWithTheRulesOnRandomHeaders) {
     std::mt19937 random(kSeed);
     constexpr std::uint32_t kAll = std::numeric_limits<std::uint32_t>::max();
     // Small numbers, so that both outcomes are common, and the far end now and then.
-    const auto number = [&random, kAll] {
+    const auto number = [&random] {
         const auto small = static_cast<std::uint32_t>(random() % 300);
         return random() % 4 == 0 ? kAll - small : small;
     };

@@ -208,7 +208,7 @@ TEST_F(EngineLogFile, GivesUpSilentlyWhenAFolderStandsInThePlaceOfTheFile) {
 }
 
 TEST_F(EngineLogFile, GivesUpSilentlyOnAPathBeyondItsLimit) {
-    for (const std::size_t letters : {1000, 1023, 1024, 5000}) {
+    for (const std::size_t letters : {1000U, 1023U, 1024U, 5000U}) {
         const EnvironmentVariable programs(kWithX86, std::string(letters, 'p'));
         const LogProbe probe;
         probe.Log("nowhere");

@@ -297,7 +297,7 @@ TEST_F(MatcherBridge, WipesAndFreesItsCopiesOnEveryPath) {
 
 TEST_F(MatcherBridge, GivesNoMatchWhenACopyCannotBeAllocated) {
     ReadyMatcher();
-    for (const std::size_t successes : {0, 1}) {
+    for (const std::size_t successes : {0U, 1U}) {
         WatchedNew::FailNothrowAfter(successes);
         EXPECT_FALSE(Match(ViewOf(3), ViewOf(4)));
         EXPECT_EQ(WatchedNew::LiveNothrowBlocks(), 0U);

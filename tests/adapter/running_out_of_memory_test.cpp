@@ -19,7 +19,7 @@ namespace orl::test {
 namespace {
 
 std::vector<std::uint8_t> FingerBir() {
-    return BuildBir(BuildRecord(RandomMinutiae(11, 25)));
+    return BuildBir(BuildRecord(RandomMinutiae(11, 20)));
 }
 
 // A unit with a captured finger, which its storage holds too, for calls that are to go short of
