@@ -20,8 +20,13 @@ function(orl_add_test name)
     "$<$<COMPILE_LANGUAGE:CXX>:<gtest/gtest.h$<ANGLE-R>>")
   target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
+  set(results ${PROJECT_BINARY_DIR}/test-results/${name}.xml)
+  if(WIN32 AND CMAKE_CROSSCOMPILING)
+    # The emulator's drive for the whole file system; a path without a drive is a relative one.
+    string(PREPEND results "Z:")
+  endif()
   add_test(NAME ${name}
-    COMMAND ${name} --gtest_output=xml:${PROJECT_BINARY_DIR}/test-results/${name}.xml
+    COMMAND ${name} --gtest_output=xml:${results}
     WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
   set_tests_properties(${name} PROPERTIES TIMEOUT 900)
 endfunction()
