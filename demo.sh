@@ -15,7 +15,7 @@ build_log=$(mktemp)
 trap 'rm -f "$build_log"' EXIT
 echo "Building ..."
 if ! { cmake --preset native -DORL_BUILD_TESTS=OFF -B build/demo &&
-       cmake --build build/demo --target orl-unit orl_engine_adapter; } >"$build_log" 2>&1; then
+       cmake --build build/demo --target orl-unit orl-finger orl_engine_adapter; } >"$build_log" 2>&1; then
   cat "$build_log" >&2
   exit 1
 fi
