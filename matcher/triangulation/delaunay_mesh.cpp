@@ -21,6 +21,14 @@ constexpr double kDuplicateTolerance = std::numeric_limits<double>::epsilon();
 
 constexpr std::uint64_t kMaxFlipsPerHalfEdge = 64;
 
+// Makes two existing half-edges twins; b may be NoIndex.
+void PairTwins(HalfEdge* twins, HalfEdge a, HalfEdge b) {
+    twins[a] = b;
+    if (b != NoIndex) {
+        twins[b] = a;
+    }
+}
+
 bool Coincide(const Point& p, const Point& q) {
     return std::abs(p.x - q.x) <= kDuplicateTolerance && std::abs(p.y - q.y) <= kDuplicateTolerance;
 }
@@ -38,8 +46,6 @@ DelaunayMesh::DelaunayMesh(std::span<const double> points) : DelaunayMesh(points
     }
 }
 
-// While the arrays are in step and the neighbours are earlier half-edges, as ever in a sound mesh,
-// the twins are written straight away; else Link finds out what is wrong.
 HalfEdge DelaunayMesh::AddTriangle(
     PointIndex i0, PointIndex i1, PointIndex i2, HalfEdge a, HalfEdge b, HalfEdge c) {
     const HalfEdge t = vertices_.size();
@@ -47,17 +53,30 @@ HalfEdge DelaunayMesh::AddTriangle(
     corners[0] = i0;
     corners[1] = i1;
     corners[2] = i2;
-    // NoIndex + 1 is 0.
-    if (twins_.size() != t || a + 1 > t || b + 1 > t || c + 1 > t) {
-        Link(t, a);
-        Link(t + 1, b);
-        Link(t + 2, c);
-        return t;
+    Link(t, a);
+    Link(t + 1, b);
+    Link(t + 2, c);
+    return t;
+}
+
+// AddTriangle for the sweep, where the arrays are in step and the neighbours are earlier
+// half-edges, so that the twins are written straight away; else Link finds out what is wrong.
+inline HalfEdge DelaunayMesh::JoinTriangle(
+    PointIndex i0, PointIndex i1, PointIndex i2, HalfEdge a, HalfEdge b, HalfEdge c) {
+    const HalfEdge t = vertices_.size();
+    const auto isEarlier = [t](HalfEdge edge) { return edge == NoIndex || edge < t; };
+    if (twins_.size() != t || !isEarlier(a) || !isEarlier(b) || !isEarlier(c)) {
+        return AddTriangle(i0, i1, i2, a, b, c);
     }
+    PointIndex* const corners = vertices_.Extend(kHalfEdgesPerTriangle);
+    corners[0] = i0;
+    corners[1] = i1;
+    corners[2] = i2;
     twins_.Extend(kHalfEdgesPerTriangle);
-    RelinkTwins(t, a);
-    RelinkTwins(t + 1, b);
-    RelinkTwins(t + 2, c);
+    HalfEdge* const twins = twins_.begin();
+    PairTwins(twins, t, a);
+    PairTwins(twins, t + 1, b);
+    PairTwins(twins, t + 2, c);
     return t;
 }
 
@@ -77,14 +96,6 @@ void DelaunayMesh::SetTwin(HalfEdge edge, HalfEdge twin) {
         twins_.push_back(twin);
     } else {
         twins_[edge] = twin;
-    }
-}
-
-// Links two half-edges that the mesh has; b may be NoIndex.
-void DelaunayMesh::RelinkTwins(HalfEdge a, HalfEdge b) {
-    twins_[a] = b;
-    if (b != NoIndex) {
-        twins_[b] = a;
     }
 }
 
@@ -286,7 +297,7 @@ void DelaunayMesh::Sweep(std::span<const RankedPoint> order, const Seed& seed) {
 
 // Joins a point to every hull edge that it sees. A point that sees none (it lies on the hull or, by
 // rounding, inside) is left out.
-void DelaunayMesh::JoinPoint(PointIndex i) {
+inline void DelaunayMesh::JoinPoint(PointIndex i) {
     const Point p = PointAt(i);
     hullKeys_[i] = HullKey(p);
     const PointIndex start = hullPrev_[FindLiveHullPoint(hullKeys_[i])];
@@ -295,7 +306,7 @@ void DelaunayMesh::JoinPoint(PointIndex i) {
         return;
     }
     const PointIndex first = hullNext_[visible];
-    const HalfEdge t = AddTriangle(visible, i, first, NoIndex, NoIndex, hullTriangle_[visible]);
+    const HalfEdge t = JoinTriangle(visible, i, first, NoIndex, NoIndex, hullTriangle_[visible]);
     hullTriangle_[i] = Legalize(t + 2);
     hullTriangle_[visible] = t;
 
@@ -306,7 +317,7 @@ void DelaunayMesh::JoinPoint(PointIndex i) {
 }
 
 // A hull point near the direction of a bucket, to start the search for visible edges from.
-PointIndex DelaunayMesh::FindLiveHullPoint(std::uint64_t key) const {
+inline PointIndex DelaunayMesh::FindLiveHullPoint(std::uint64_t key) const {
     std::uint64_t bucket = key;
     do {
         const PointIndex s = hullHash_[bucket];
@@ -320,7 +331,7 @@ PointIndex DelaunayMesh::FindLiveHullPoint(std::uint64_t key) const {
 }
 
 // Start point of the first hull edge from `start` on that p sees, or NoIndex.
-PointIndex DelaunayMesh::FindVisibleEdge(const Point& p, PointIndex start) const {
+inline PointIndex DelaunayMesh::FindVisibleEdge(const Point& p, PointIndex start) const {
     PointIndex e = start;
     do {
         const PointIndex q = hullNext_[e];
@@ -334,11 +345,11 @@ PointIndex DelaunayMesh::FindVisibleEdge(const Point& p, PointIndex start) const
 
 // Joins point i to the visible hull edges from `next` on; returns the first point that stays on the
 // hull.
-PointIndex DelaunayMesh::WalkForward(PointIndex i, PointIndex next) {
+inline PointIndex DelaunayMesh::WalkForward(PointIndex i, PointIndex next) {
     const Point p = PointAt(i);
     PointIndex q = hullNext_[next];
     while (Orient(p, PointAt(next), PointAt(q))) {
-        const HalfEdge t = AddTriangle(next, i, q, hullTriangle_[i], NoIndex, hullTriangle_[next]);
+        const HalfEdge t = JoinTriangle(next, i, q, hullTriangle_[i], NoIndex, hullTriangle_[next]);
         hullTriangle_[i] = Legalize(t + 2);
         hullNext_[next] = next;
         next = q;
@@ -350,11 +361,11 @@ PointIndex DelaunayMesh::WalkForward(PointIndex i, PointIndex next) {
 // Joins point i to the visible hull edges that end at `e`; returns the last point that stays on the
 // hull. Never goes past a point that has left it, as it could where rounding shows point i the
 // whole ring.
-PointIndex DelaunayMesh::WalkBackward(PointIndex i, PointIndex e) {
+inline PointIndex DelaunayMesh::WalkBackward(PointIndex i, PointIndex e) {
     const Point p = PointAt(i);
     PointIndex q = hullPrev_[e];
     while (hullNext_[q] != q && Orient(p, PointAt(q), PointAt(e))) {
-        const HalfEdge t = AddTriangle(q, i, e, NoIndex, hullTriangle_[e], hullTriangle_[q]);
+        const HalfEdge t = JoinTriangle(q, i, e, NoIndex, hullTriangle_[e], hullTriangle_[q]);
         Legalize(t + 2);
         hullTriangle_[q] = t;
         hullNext_[e] = e;
@@ -364,7 +375,7 @@ PointIndex DelaunayMesh::WalkBackward(PointIndex i, PointIndex e) {
     return e;
 }
 
-void DelaunayMesh::SpliceIntoHull(PointIndex i, PointIndex e, PointIndex next) {
+inline void DelaunayMesh::SpliceIntoHull(PointIndex i, PointIndex e, PointIndex next) {
     hullPrev_[i] = e;
     hullStart_ = e;
     hullPrev_[next] = i;
@@ -383,35 +394,39 @@ void DelaunayMesh::SpliceIntoHull(PointIndex i, PointIndex e, PointIndex next) {
 // flips than that, the remaining edges stay as they are.
 HalfEdge DelaunayMesh::Legalize(HalfEdge a) {
     std::uint64_t flipsLeft = kMaxFlipsPerHalfEdge * vertices_.size();
-    HalfEdge ar = PrevHalfEdge(a);
     flipStack_.clear();
     while (true) {
-        const HalfEdge b = twins_[a];
-        if (b != NoIndex && flipsLeft > 0) {
-            const HalfEdge bl = PrevHalfEdge(b);
-            if (IsIllegal(a, ar, bl)) {
-                Flip(a, ar, b, bl);
-                --flipsLeft;
-                flipStack_.push_back(PrevHalfEdge(bl));
-                continue;  // a borders another triangle now
-            }
-        }
+        const HalfEdge ar = PrevHalfEdge(a);
+        FlipWhileIllegal(a, ar, flipsLeft);
         if (flipStack_.empty()) {
             return ar;
         }
         a = flipStack_.PopBack();
-        ar = PrevHalfEdge(a);
     }
 }
 
-// True when the point opposite half-edge b, where bl starts, lies inside the circle of a's
-// triangle.
-bool DelaunayMesh::IsIllegal(HalfEdge a, HalfEdge ar, HalfEdge bl) const {
-    const HalfEdge al = PrevHalfEdge(ar);
-    return InCircle(PointAt(vertices_[ar]),
-                    PointAt(vertices_[a]),
-                    PointAt(vertices_[al]),
-                    PointAt(vertices_[bl]));
+// Flips the edge of half-edge a until the point opposite its twin lies outside the circle of a's
+// triangle, and leaves the edges that this exposes on the stack.
+inline void DelaunayMesh::FlipWhileIllegal(HalfEdge a, HalfEdge ar, std::uint64_t& flipsLeft) {
+    HalfEdge b = twins_[a];
+    if (b == NoIndex) {
+        return;
+    }
+    const PointLanes p0 = LanesOf(vertices_[ar]);
+    const PointLanes pl = LanesOf(vertices_[PrevHalfEdge(ar)]);
+    PointLanes pr = LanesOf(vertices_[a]);
+    while (b != NoIndex && flipsLeft > 0) {
+        const HalfEdge bl = PrevHalfEdge(b);
+        const PointLanes p1 = LanesOf(vertices_[bl]);
+        if (!InCircle(p0, pr, pl, p1)) {
+            return;
+        }
+        Flip(a, ar, b, bl);
+        --flipsLeft;
+        flipStack_.push_back(PrevHalfEdge(bl));
+        pr = p1;  // a borders another triangle now
+        b = twins_[a];
+    }
 }
 
 //            pl                       pl
@@ -424,16 +439,17 @@ bool DelaunayMesh::IsIllegal(HalfEdge a, HalfEdge ar, HalfEdge bl) const {
 //       ar \ || / br              b \    / br
 //           \||/                     \  /
 //            pr                       pr
-void DelaunayMesh::Flip(HalfEdge a, HalfEdge ar, HalfEdge b, HalfEdge bl) {
+inline void DelaunayMesh::Flip(HalfEdge a, HalfEdge ar, HalfEdge b, HalfEdge bl) {
     vertices_[a] = vertices_[bl];
     vertices_[b] = vertices_[ar];
     const HalfEdge outer = twins_[bl];
     if (outer == NoIndex) {
         MoveHullEntry(bl, a);
     }
-    RelinkTwins(a, outer);
-    RelinkTwins(b, twins_[ar]);
-    RelinkTwins(ar, bl);
+    HalfEdge* const twins = twins_.begin();
+    PairTwins(twins, a, outer);
+    PairTwins(twins, b, twins[ar]);
+    PairTwins(twins, ar, bl);
 }
 
 // Gives the hull edge of half-edge `from` to half-edge `to`, which took its place in a flip.

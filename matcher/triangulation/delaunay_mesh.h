@@ -73,14 +73,16 @@ class DelaunayMesh {
     DelaunayMesh(std::span<const double> points, Unbuilt /*tag*/) : points_(points) {}
 
     Point PointAt(PointIndex i) const { return {.x = points_[2 * i], .y = points_[2 * i + 1]}; }
+    PointLanes LanesOf(PointIndex i) const { return LoadPoint(points_.data() + 2 * i); }
     std::uint64_t PointCount() const { return points_.size() / 2; }
 
     // Mesh primitives.
     HalfEdge AddTriangle(
         PointIndex i0, PointIndex i1, PointIndex i2, HalfEdge a, HalfEdge b, HalfEdge c);
+    HalfEdge JoinTriangle(
+        PointIndex i0, PointIndex i1, PointIndex i2, HalfEdge a, HalfEdge b, HalfEdge c);
     void Link(HalfEdge a, HalfEdge b);
     void SetTwin(HalfEdge edge, HalfEdge twin);
-    void RelinkTwins(HalfEdge a, HalfEdge b);
     std::uint64_t HullKey(const Point& p) const;
 
     // Seed and order of the sweep.
@@ -109,7 +111,7 @@ class DelaunayMesh {
 
     // Edge flips.
     HalfEdge Legalize(HalfEdge a);
-    bool IsIllegal(HalfEdge a, HalfEdge ar, HalfEdge bl) const;
+    void FlipWhileIllegal(HalfEdge a, HalfEdge ar, std::uint64_t& flipsLeft);
     void Flip(HalfEdge a, HalfEdge ar, HalfEdge b, HalfEdge bl);
     void MoveHullEntry(HalfEdge from, HalfEdge to);
 

@@ -1,8 +1,10 @@
 #include "matcher/triangulation/predicates.h"
 
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -117,6 +119,68 @@ TEST(Circumcentre, MultipliesByTheReciprocalOfTheDoubledArea) {
 TEST(SquaredDistance, IsTheSumOfTheSquares) {
     EXPECT_EQ(SquaredDistance({1, 2}, {4, 6}), 25.0);
     EXPECT_EQ(SquaredDistance({4, 6}, {4, 6}), 0.0);
+}
+
+bool InCircleByLanes(const Point& a, const Point& b, const Point& c, const Point& p) {
+    const auto lanes = [](const Point& point) {
+        const double xy[] = {point.x, point.y};
+        return LoadPoint(xy);
+    };
+    return InCircle(lanes(a), lanes(b), lanes(c), lanes(p));
+}
+
+TEST(InCircleByLanes, AnswersAsThePlainFormulaForEveryFourPointsOfASmallLattice) {
+    std::vector<Point> lattice;
+    for (int i = 0; i < 4 * 4; ++i) {
+        lattice.push_back({static_cast<double>(i % 4), static_cast<double>(i / 4)});
+    }
+    for (const Point& a : lattice) {
+        for (const Point& b : lattice) {
+            for (const Point& c : lattice) {
+                for (const Point& p : lattice) {
+                    ASSERT_EQ(InCircleByLanes(a, b, c, p), InCircle(a, b, c, p));
+                }
+            }
+        }
+    }
+}
+
+// Near-ties of numbers that fill their mantissas show every other order of evaluation.
+TEST(InCircleByLanes, AnswersAsThePlainFormulaForPointsOnOneCircleButForRounding) {
+    std::mt19937_64 random(37);
+    std::uint64_t inside = 0;
+    constexpr int kRounds = 200000;
+    for (int round = 0; round < kRounds; ++round) {
+        const auto onCircle = [&random] {
+            const double angle = static_cast<double>(random() % 1000000) * 6.2831853e-6;
+            return Point{1234.5 + 7654.3 * std::cos(angle), 987.6 + 7654.3 * std::sin(angle)};
+        };
+        const Point a = onCircle();
+        const Point b = onCircle();
+        const Point c = onCircle();
+        const Point p = onCircle();
+        ASSERT_EQ(InCircleByLanes(a, b, c, p), InCircle(a, b, c, p)) << "round " << round;
+        inside += InCircle(a, b, c, p) ? 1U : 0U;
+    }
+    EXPECT_GT(inside, kRounds / 10U);
+    EXPECT_LT(inside, kRounds - kRounds / 10U);
+}
+
+TEST(InCircleByLanes, AnswersAsThePlainFormulaWhereNumbersOverflow) {
+    std::mt19937_64 random(39);
+    for (int round = 0; round < 100000; ++round) {
+        const auto extreme = [&random] {
+            return Point{std::ldexp(static_cast<double>(random() % 2001) - 1000.0,
+                                    static_cast<int>(random() % 800) - 400),
+                         std::ldexp(static_cast<double>(random() % 2001) - 1000.0,
+                                    static_cast<int>(random() % 800) - 400)};
+        };
+        const Point a = extreme();
+        const Point b = extreme();
+        const Point c = extreme();
+        const Point p = extreme();
+        ASSERT_EQ(InCircleByLanes(a, b, c, p), InCircle(a, b, c, p)) << "round " << round;
+    }
 }
 
 }  // namespace
