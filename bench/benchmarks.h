@@ -6,5 +6,6 @@ namespace orl::bench {
 
 void RegisterLoadBenchmarks();
 void RegisterMatchBenchmarks();
+void RegisterTriangulationBenchmarks();
 
 }  // namespace orl::bench

@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
     try {
         orl::bench::RegisterLoadBenchmarks();
         orl::bench::RegisterMatchBenchmarks();
+        orl::bench::RegisterTriangulationBenchmarks();
         benchmark::Initialize(&argc, argv);
         if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
             return 2;
