@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <cassert>
 #include <cmath>
-#include <cstddef>
-#include <vector>
 
 #include "matcher/features/angles.h"
 #include "matcher/features/lookup_tables.h"
+#include "matcher/matching/scaled_turns.h"
 
 namespace orl::matcher {
 namespace {
@@ -18,9 +17,9 @@ constexpr int kRelativeDirectionRejectedFromSteps = 36;  // against the anchor's
 constexpr int kHalfTurnSteps = 128;                      // 256-step turn
 constexpr float kDegreesPerStep = 1.40625F;              // 360 / 256
 constexpr float kStepsPerDegree = 0.7111111F;            // 256 / 360
-constexpr std::size_t kRefinedHypotheses = 10;
 constexpr int kRefineReachDegrees = 24;
 constexpr int kRefineStepDegrees = 2;
+constexpr std::size_t kHypothesesPerPair = 2;
 
 // A rotation reduced to 0..255, negative ones included: -10 gives 246.
 std::uint8_t reducedTurn(int steps) {
@@ -29,33 +28,31 @@ std::uint8_t reducedTurn(int steps) {
 
 // Bounding box of grid positions.
 struct Box {
-    float minX;
-    float maxX;
-    float minY;
-    float maxY;
+    int minX;
+    int maxX;
+    int minY;
+    int maxY;
 
     explicit Box(const TriangleVertex& vertex)
         : minX(vertex.x), maxX(vertex.x), minY(vertex.y), maxY(vertex.y) {}
 
     void extend(const TriangleVertex& vertex) {
-        minX = std::min(minX, static_cast<float>(vertex.x));
-        maxX = std::max(maxX, static_cast<float>(vertex.x));
-        minY = std::min(minY, static_cast<float>(vertex.y));
-        maxY = std::max(maxY, static_cast<float>(vertex.y));
+        minX = std::min(minX, int{vertex.x});
+        maxX = std::max(maxX, int{vertex.x});
+        minY = std::min(minY, int{vertex.y});
+        maxY = std::max(maxY, int{vertex.y});
     }
 
-    // In grid units squared; a single position covers 1.
-    float area() const {
-        return std::max(maxX - minX + 1.0F, 1.0F) * std::max(maxY - minY + 1.0F, 1.0F);
-    }
+    // In grid units squared; a single position covers 1. At most 65536, so exact as a float.
+    float area() const { return static_cast<float>((maxX - minX + 1) * (maxY - minY + 1)); }
 };
 
 // The anchor pair with the rotation about it, ready for the tests of the other pairs.
 struct Alignment {
     MinutiaPair anchor;
-    std::int16_t rotation = 0;
-    float cosR = 1.0F;
-    float sinR = 0.0F;
+    std::int16_t rotation;
+    float cosR;
+    float sinR;
 };
 
 // Squared distance between a pair's second vertex and where the alignment puts its first one.
@@ -85,7 +82,7 @@ int relativeDirectionResidual(const Alignment& alignment, const MinutiaPair& pai
 }
 
 // Rank n/2 of the values in ascending order; of an even number the mean with the one below it.
-float median(std::vector<float> values) {
+float median(std::span<float> values) {
     if (values.empty()) {
         return 0.0F;
     }
@@ -101,55 +98,35 @@ float coverageOf(const Box& agreeing, float referenceArea) {
     return referenceArea > 0.0F ? std::clamp(agreeing.area() / referenceArea, 0.0F, 1.0F) : 0.0F;
 }
 
-// The agreeing pairs of one alignment, as far as statistics need them.
-class AgreementStatistics {
-  public:
-    explicit AgreementStatistics(const MinutiaPair& anchor)
-        : firstBox_(anchor.first), secondBox_(anchor.second) {}
+// The agreeing pairs of one alignment but for its anchor, as far as statistics need them.
+struct Agreement {
+    Box firstBox;
+    Box secondBox;
+    std::span<float> distances;  // grid units
+    std::span<float> angles;     // degrees
+    std::size_t count = 0;
 
     void add(const MinutiaPair& pair, float squaredDistance, int directionSteps) {
-        distances_.push_back(std::sqrt(squaredDistance));
-        angles_.push_back(static_cast<float>(directionSteps) * kDegreesPerStep);
-        firstBox_.extend(pair.first);
-        secondBox_.extend(pair.second);
+        distances[count] = std::sqrt(squaredDistance);
+        angles[count] = static_cast<float>(directionSteps) * kDegreesPerStep;
+        ++count;
+        firstBox.extend(pair.first);
+        secondBox.extend(pair.second);
     }
 
     // Completes `evaluation`, whose count is final.
     void writeTo(AlignmentEvaluation& evaluation, const AlignmentReference& reference) const {
-        const float firstCoverage = coverageOf(firstBox_, reference.firstArea);
-        const float secondCoverage = coverageOf(secondBox_, reference.secondArea);
+        const float firstCoverage = coverageOf(firstBox, reference.firstArea);
+        const float secondCoverage = coverageOf(secondBox, reference.secondArea);
         const std::uint64_t smallerCount = std::max<std::uint64_t>(
             std::min(reference.firstMinutiaCount, reference.secondMinutiaCount), 1);
         const float ratio = static_cast<float>(evaluation.count) / static_cast<float>(smallerCount);
         evaluation.coverage = (firstCoverage + secondCoverage) * 0.5F;
-        evaluation.distanceMedian = median(distances_);
-        evaluation.angleMedian = median(angles_);
+        evaluation.distanceMedian = median(distances.first(count));
+        evaluation.angleMedian = median(angles.first(count));
         evaluation.matchedRatio = std::clamp(ratio, 0.0F, 1.0F);
     }
-
-  private:
-    Box firstBox_;
-    Box secondBox_;
-    std::vector<float> distances_;  // grid units
-    std::vector<float> angles_;     // degrees
 };
-
-void measureReferenceAreas(MatchContext& context) {
-    Box firstBox(context.minutiaPairs.front().first);
-    Box secondBox(context.minutiaPairs.front().second);
-    for (const MinutiaPair& pair : context.minutiaPairs) {
-        firstBox.extend(pair.first);
-        secondBox.extend(pair.second);
-    }
-    context.reference.firstArea = firstBox.area();
-    context.reference.secondArea = secondBox.area();
-}
-
-void addHypothesis(MatchContext& context, std::uint32_t anchor, std::int16_t rotation) {
-    const AlignmentEvaluation evaluation = evaluateAlignment(
-        context.minutiaPairs, anchor, rotation, context.reference, EvaluationDepth::kCountOnly);
-    context.hypotheses.push_back({evaluation.count, anchor, rotation});
-}
 
 bool isBetterEvaluation(const AlignmentEvaluation& challenger, const AlignmentEvaluation& best) {
     if (challenger.count != best.count) {
@@ -167,87 +144,207 @@ bool isBetterEvaluation(const AlignmentEvaluation& challenger, const AlignmentEv
     return challenger.angleMedian < best.angleMedian;
 }
 
+// Whether the first comes before the second when counts are ranked, highest first; of equal ones the
+// first hypothesis. `order` is the hypothesis's index.
+bool ranksBefore(std::int32_t count, std::size_t order, std::int32_t otherCount,
+                 std::size_t otherOrder) {
+    return count != otherCount ? count > otherCount : order < otherOrder;
+}
+
 }  // namespace
 
-AlignmentEvaluation evaluateAlignment(std::span<const MinutiaPair> pairs,
-                                      std::uint32_t anchor,
-                                      std::int16_t rotation,
-                                      const AlignmentReference& reference,
-                                      EvaluationDepth depth) {
-    assert(anchor < pairs.size());
-    const Alignment alignment{pairs[anchor], rotation, Cos(rotation), Sin(rotation)};
-    const bool withStatistics = depth == EvaluationDepth::kWithStatistics;
-    AgreementStatistics statistics(pairs[anchor]);
-    AlignmentEvaluation evaluation{.count = 1, .anchor = anchor, .rotation = rotation};
+AlignmentReference alignmentReference(std::span<const MinutiaPair> pairs,
+                                      std::uint64_t firstMinutiaCount,
+                                      std::uint64_t secondMinutiaCount) {
+    assert(!pairs.empty());
+    Box firstBox(pairs.front().first);
+    Box secondBox(pairs.front().second);
+    for (const MinutiaPair& pair : pairs) {
+        firstBox.extend(pair.first);
+        secondBox.extend(pair.second);
+    }
+    return {firstBox.area(), secondBox.area(), firstMinutiaCount, secondMinutiaCount};
+}
+
+AlignmentVote::AlignmentVote(std::span<const MinutiaPair> pairs, Scratch& scratch)
+    : pairs_(pairs),
+      table_(pairs, scratch),
+      boundsOf_(fastestAgreementBounds()),
+      bounds_(scratch.take<std::uint16_t>(kHypothesesPerPair * pairs.size())),
+      distances_(scratch.take<float>(pairs.size())),
+      angles_(scratch.take<float>(pairs.size())),
+      order_(scratch.take<std::uint32_t>(kHypothesesPerPair * pairs.size())) {
+    assert(!pairs.empty());
+    const ScaledTurns& turns = ScaledTurns::Table();
+    const std::span<BoundTask> tasks = scratch.take<BoundTask>(pairs.size());
     for (std::size_t i = 0; i < pairs.size(); ++i) {
-        if (i == anchor) {
+        const std::size_t place = table_.placeOf(i);
+        tasks[i] = boundTask(place,
+                             turns[rotationOf(kHypothesesPerPair * i)],
+                             turns[rotationOf(kHypothesesPerPair * i + 1)]);
+        anyRotationCountBound_ =
+            std::max(anyRotationCountBound_, std::int32_t{tasks[i].count});
+    }
+    boundsOf_(table_.positions(), tasks, bounds_);
+    countBound_ = *std::max_element(bounds_.begin(), bounds_.end());
+}
+
+// The anchor may stand in the second lap of its stretch; the same pair is in both places.
+BoundTask AlignmentVote::boundTask(std::size_t place, ScaledTurn turn, ScaledTurn otherTurn) const {
+    const PairTable::Stretch alike = table_.alike(place);
+    return {static_cast<std::uint16_t>(place), alike.begin, alike.count, {turn, otherTurn}};
+}
+
+// Deliberate: a negative first rotation stays negative. The tables hold other values for it than
+// for its reduced form, as they have 255 steps a turn.
+std::int16_t AlignmentVote::rotationOf(std::size_t hypothesis) const {
+    const MinutiaPair& pair = pairs_[hypothesis / kHypothesesPerPair];
+    const int rotation = pair.second.angle - pair.first.angle;
+    return hypothesis % kHypothesesPerPair == 0 ? static_cast<std::int16_t>(rotation)
+                                                : reducedTurn(rotation + kHalfTurnSteps);
+}
+
+AlignmentEvaluation AlignmentVote::evaluateAlignment(std::uint32_t anchor,
+                                                     std::int16_t rotation,
+                                                     const AlignmentReference& reference,
+                                                     EvaluationDepth depth) const {
+    assert(anchor < pairs_.size());
+    const bool withStatistics = depth == EvaluationDepth::kWithStatistics;
+    const std::size_t place = table_.placeOf(anchor);
+    const Alignment alignment{pairs_[anchor], rotation, Cos(rotation), Sin(rotation)};
+    Agreement agreement{Box(alignment.anchor.first), Box(alignment.anchor.second), distances_, angles_};
+    AlignmentEvaluation evaluation{.count = 1, .anchor = anchor, .rotation = rotation};
+    const PairTable::Stretch alike = table_.alike(place);
+    for (std::size_t i = alike.begin; i < alike.begin + alike.count; ++i) {
+        const MinutiaPair& pair = table_.at(i);
+        const float squaredDistance = squaredResidual(alignment, pair);
+        if (squaredDistance > kMaxResidualSquaredGridUnits || i == place ||
+            i == place + table_.size()) {
             continue;
         }
-        const float squaredDistance = squaredResidual(alignment, pairs[i]);
-        if (squaredDistance > kMaxResidualSquaredGridUnits) {
-            continue;
-        }
-        const int directionSteps = directionResidual(alignment, pairs[i]);
+        const int directionSteps = directionResidual(alignment, pair);
         if (directionSteps >= kAnchorDirectionRejectedFromSteps ||
-            relativeDirectionResidual(alignment, pairs[i]) >= kRelativeDirectionRejectedFromSteps) {
+            relativeDirectionResidual(alignment, pair) >= kRelativeDirectionRejectedFromSteps) {
             continue;
         }
         ++evaluation.count;
         if (withStatistics) {
-            statistics.add(pairs[i], squaredDistance, directionSteps);
+            agreement.add(pair, squaredDistance, directionSteps);
         }
     }
     if (withStatistics) {
-        statistics.writeTo(evaluation, reference);
+        agreement.writeTo(evaluation, reference);
     }
     return evaluation;
 }
 
-AlignmentEvaluation findBestAlignment(MatchContext& context) {
-    assert(!context.minutiaPairs.empty());
-    measureReferenceAreas(context);
-    context.hypotheses.clear();
-    context.hypotheses.reserve(context.minutiaPairs.size() * 2);
-    for (std::uint32_t anchor = 0; anchor < context.minutiaPairs.size(); ++anchor) {
-        const MinutiaPair& pair = context.minutiaPairs[anchor];
-        // Deliberate: a negative rotation stays negative. The tables hold other values for it than
-        // for its reduced form, as they have 255 steps a turn.
-        const int rotation = pair.second.angle - pair.first.angle;
-        addHypothesis(context, anchor, static_cast<std::int16_t>(rotation));
-        addHypothesis(context, anchor, reducedTurn(rotation + kHalfTurnSteps));
-    }
-    std::stable_sort(context.hypotheses.begin(),
-                     context.hypotheses.end(),
-                     [](const AlignmentHypothesis& left, const AlignmentHypothesis& right) {
-                         return left.count > right.count;
-                     });
-    const AlignmentHypothesis& best = context.hypotheses.front();
-    const auto depth = best.count < kMinAgreeingPairs ? EvaluationDepth::kCountOnly
-                                                      : EvaluationDepth::kWithStatistics;
-    return evaluateAlignment(
-        context.minutiaPairs, best.anchor, best.rotation, context.reference, depth);
+AlignmentHypothesis AlignmentVote::counted(std::size_t hypothesis) const {
+    const auto anchor = static_cast<std::uint32_t>(hypothesis / kHypothesesPerPair);
+    const std::int16_t rotation = rotationOf(hypothesis);
+    return {evaluateAlignment(anchor, rotation, {}, EvaluationDepth::kCountOnly).count,
+            anchor,
+            rotation};
 }
 
-void refineAlignment(const MatchContext& context, AlignmentEvaluation& best) {
-    const std::size_t tried = std::min(kRefinedHypotheses, context.hypotheses.size());
-    for (std::size_t i = 0; i < tried; ++i) {
-        const AlignmentHypothesis& hypothesis = context.hypotheses[i];
-        for (int degrees = -kRefineReachDegrees; degrees <= kRefineReachDegrees;
-             degrees += kRefineStepDegrees) {
-            const long delta = std::lroundf(static_cast<float>(degrees) * kStepsPerDegree);
-            const std::uint8_t rotation =
-                reducedTurn(hypothesis.rotation + static_cast<int>(delta));
-            const AlignmentEvaluation challenger =
-                evaluateAlignment(context.minutiaPairs,
-                                  hypothesis.anchor,
-                                  rotation,
-                                  context.reference,
-                                  EvaluationDepth::kWithStatistics);
+AlignmentHypothesis AlignmentVote::findBestAlignment() const {
+    // The most promising one sets the mark for the others.
+    auto bestIndex = static_cast<std::size_t>(
+        std::max_element(bounds_.begin(), bounds_.end()) - bounds_.begin());
+    AlignmentHypothesis best = counted(bestIndex);
+    for (std::size_t hypothesis = 0; hypothesis < bounds_.size(); ++hypothesis) {
+        if (hypothesis == bestIndex ||
+            !ranksBefore(bounds_[hypothesis], hypothesis, best.count, bestIndex)) {
+            continue;
+        }
+        const AlignmentHypothesis challenger = counted(hypothesis);
+        if (ranksBefore(challenger.count, hypothesis, best.count, bestIndex)) {
+            best = challenger;
+            bestIndex = hypothesis;
+        }
+    }
+    return best;
+}
+
+AlignmentVote::Ranking AlignmentVote::rankHypotheses() const {
+    // By bound, highest first: once no bound reaches the tenth best count, nothing can change.
+    for (std::size_t hypothesis = 0; hypothesis < bounds_.size(); ++hypothesis) {
+        order_[hypothesis] = static_cast<std::uint32_t>(hypothesis);
+    }
+    std::sort(order_.begin(), order_.end(), [this](std::uint32_t left, std::uint32_t right) {
+        return ranksBefore(bounds_[left], left, bounds_[right], right);
+    });
+    Ranking ranking;
+    std::array<std::size_t, kRefinedHypotheses> indices{};
+    for (const std::uint32_t hypothesis : order_) {
+        const bool isFull = ranking.size == kRefinedHypotheses;
+        if (isFull && bounds_[hypothesis] < ranking.hypotheses.back().count) {
+            break;
+        }
+        const AlignmentHypothesis challenger = counted(hypothesis);
+        std::size_t place = ranking.size;
+        while (place > 0 && ranksBefore(challenger.count,
+                                        hypothesis,
+                                        ranking.hypotheses[place - 1].count,
+                                        indices[place - 1])) {
+            --place;
+        }
+        if (place == kRefinedHypotheses) {
+            continue;
+        }
+        ranking.size = isFull ? ranking.size : ranking.size + 1;
+        for (std::size_t i = ranking.size - 1; i > place; --i) {
+            ranking.hypotheses[i] = ranking.hypotheses[i - 1];
+            indices[i] = indices[i - 1];
+        }
+        ranking.hypotheses[place] = challenger;
+        indices[place] = hypothesis;
+    }
+    return ranking;
+}
+
+void AlignmentVote::refineAlignment(AlignmentEvaluation& best,
+                                    const AlignmentReference& reference) const {
+    const Ranking ranking = rankHypotheses();
+    for (std::size_t i = 0; i < ranking.size; ++i) {
+        const AlignmentHypothesis& hypothesis = ranking.hypotheses[i];
+        const RefinedRotations rotations = refinedRotations(hypothesis.rotation);
+        const auto bounds = boundsOfRotations(table_.placeOf(hypothesis.anchor), rotations);
+        for (std::size_t step = 0; step < rotations.size(); ++step) {
+            if (std::int32_t{bounds[step]} < best.count) {
+                continue;
+            }
+            const AlignmentEvaluation challenger = evaluateAlignment(
+                hypothesis.anchor, rotations[step], reference, EvaluationDepth::kWithStatistics);
             if (isBetterEvaluation(challenger, best)) {
                 best = challenger;
             }
         }
     }
+}
+
+// The rotations of a refinement, in the order in which they are tried.
+AlignmentVote::RefinedRotations AlignmentVote::refinedRotations(std::int16_t rotation) {
+    RefinedRotations rotations;
+    int degrees = -kRefineReachDegrees;
+    for (std::int16_t& refined : rotations) {
+        const long delta = std::lroundf(static_cast<float>(degrees) * kStepsPerDegree);
+        refined = reducedTurn(rotation + static_cast<int>(delta));
+        degrees += kRefineStepDegrees;
+    }
+    return rotations;
+}
+
+std::array<std::uint16_t, AlignmentVote::kRefineSteps + 1> AlignmentVote::boundsOfRotations(
+    std::size_t place, const RefinedRotations& rotations) const {
+    const ScaledTurns& turns = ScaledTurns::Table();
+    std::array<BoundTask, (kRefineSteps + 1) / 2> tasks;
+    for (std::size_t i = 0; i < tasks.size(); ++i) {
+        const std::size_t other = std::min(2 * i + 1, kRefineSteps - 1);
+        tasks[i] = boundTask(place, turns[rotations[2 * i]], turns[rotations[other]]);
+    }
+    std::array<std::uint16_t, kRefineSteps + 1> bounds;
+    boundsOf_(table_.positions(), tasks, bounds);
+    return bounds;
 }
 
 }  // namespace orl::matcher

@@ -1,27 +1,33 @@
 #pragma once
 
-// The working memory of one matchTemplates call: the finger pair at hand, the lists that the stages
-// hand to each other, and the best result of the finger pair's orientations so far. One call owns
-// one context; it is never shared between threads and nothing of it survives the call.
+// What the stages of one finger pair's match hand to each other. One matchTemplates call owns its
+// contexts and their memory; nothing is shared between threads or survives the call.
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <span>
-#include <unordered_set>
 #include <vector>
 
 #include "matcher/features/finger_model.h"
-#include "matcher/matching/alignment_records.h"
-#include "matcher/matching/match_results.h"
+#include "matcher/matching/orientation.h"
+#include "matcher/matching/position_set.h"
+#include "matcher/matching/scratch.h"
+#include "matcher/matching/triangle_code.h"
 
 namespace orl::matcher {
 
-// Two triangles that look alike. They belong to the fingers' lists and are not owned.
+inline constexpr std::int32_t kMaxSimilarity = 1024;
+
+// Two triangles that look alike, as indices into the two fingers' lists.
 struct TrianglePair {
-    std::int32_t similarity = 0;  // 1..1024, higher is better
-    const TriangleFeature* first = nullptr;
-    const TriangleFeature* second = nullptr;
+    std::uint16_t rank;  // kMaxSimilarity less the similarity (1..1024, higher is better)
+    std::uint16_t first;
+    std::uint16_t second;
 };
+
+using TrianglePairList = std::pmr::vector<TrianglePair>;
 
 // A minutia of the first finger and the one of the second finger that it is taken to be.
 struct MinutiaPair {
@@ -31,37 +37,32 @@ struct MinutiaPair {
     friend bool operator==(const MinutiaPair&, const MinutiaPair&) = default;
 };
 
-// What an alignment's statistics are measured against, the same for all alignments of one finger
-// match.
-struct AlignmentReference {
-    float firstArea = 0.0F;   // bounding box of all pairs' first vertices, grid units squared
-    float secondArea = 0.0F;  // bounding box of all pairs' second vertices
-    std::uint64_t firstMinutiaCount = 0;
-    std::uint64_t secondMinutiaCount = 0;
+// The memory that all finger pairs of a call use in turn.
+struct MatchMemory {
+    Scratch scratch;
+    PositionSet firstPositions;   // both empty between uses
+    PositionSet secondPositions;
 };
 
+// One finger of the first template against one of the second.
 struct MatchContext {
-    static constexpr std::size_t kInitialPairCapacity = 100;  // entries; the lists grow beyond it
+    // Prepares both fingers for the search. REQUIRES: `memory` is used by no other context; both
+    // fingers outlive the context, and their triangles were made and sorted by the feature builder.
+    // Throws: std::bad_alloc.
+    MatchContext(const FingerFeatures& first, const FingerFeatures& second, MatchMemory& memory);
 
-    MatchContext() {
-        trianglePairs.reserve(kInitialPairCapacity);
-        minutiaPairs.reserve(kInitialPairCapacity);
-    }
-
-    // The finger pair at hand.
+    MatchMemory& memory;
+    std::uint64_t firstMinutiaCount;
+    std::uint64_t secondMinutiaCount;
     std::span<const TriangleFeature> firstTriangles;
-    std::uint64_t firstMinutiaCount = 0;
-    const FingerFeatures* secondFinger = nullptr;
+    std::span<const CyclicCodes> firstCodes;
+    OrientedFinger second;
 
-    // Of the current finger match; refilled by each stage.
-    std::vector<TrianglePair> trianglePairs;
-    std::unordered_set<std::uint16_t> firstPositions;   // x * 256 + y of paired first vertices
-    std::unordered_set<std::uint16_t> secondPositions;  // the same of second vertices
-    std::vector<MinutiaPair> minutiaPairs;              // consolidated
-    AlignmentReference reference;
-    std::vector<AlignmentHypothesis> hypotheses;  // by count, highest first
+    // Filled by searchTrianglePairs, one list an orientation.
+    std::array<TrianglePairList, kOrientations> trianglePairs;
 
-    FingerMatchResult best;  // of the orientations tried so far of the finger pair at hand
+    // Filled by consolidatePairs for the orientation at hand.
+    std::span<const MinutiaPair> minutiaPairs;
 };
 
 }  // namespace orl::matcher

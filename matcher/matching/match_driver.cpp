@@ -1,21 +1,17 @@
 #include "matcher/matching/match_driver.h"
 
 #include <algorithm>
-#include <cassert>
-#include <cstddef>
+#include <cstdint>
 #include <limits>
-#include <vector>
+#include <memory>
 
 #include "matcher/matching/alignment.h"
 #include "matcher/matching/match_context.h"
-#include "matcher/matching/orientation.h"
 #include "matcher/matching/pair_search.h"
 #include "matcher/matching/score.h"
 
 namespace orl::matcher {
 namespace {
-
-constexpr std::uint32_t kOrientations = 4;
 
 std::uint16_t saturated(std::uint64_t count) {
     constexpr std::uint64_t kMost = std::numeric_limits<std::uint16_t>::max();
@@ -28,23 +24,46 @@ std::uint16_t matchedCountOf(const AlignmentEvaluation& evaluation) {
 
 // Score by the agreeing pairs alone, before the quality stages.
 std::uint32_t countScore(const MatchContext& context, const AlignmentEvaluation& evaluation) {
-    return scoreFromCount(matchedCountOf(evaluation),
-                          context.reference.firstMinutiaCount,
-                          context.reference.secondMinutiaCount);
+    return scoreFromCount(
+        matchedCountOf(evaluation), context.firstMinutiaCount, context.secondMinutiaCount);
 }
 
-// The best of the four orientations of one finger pair.
-const FingerMatchResult& matchFingerPair(MatchContext& context,
-                                         const FingerFeatures& first,
-                                         const FingerFeatures& second) {
-    context.firstTriangles = first.triangles;
-    context.firstMinutiaCount = first.minutiaCount;
-    context.secondFinger = &second;
-    matchFinger(context, context.best, second.triangles, second.minutiaCount, 0);
-    for (std::uint32_t orientation = 1; orientation < kOrientations; ++orientation) {
-        matchFingerAllOrientations(context, orientation);
+bool canBeBetter(const MatchContext& context,
+                 const FingerMatchResult* best,
+                 std::int32_t countBound,
+                 std::int32_t refinedCountBound) {
+    return best == nullptr || mayBeBetter(*best,
+                                          saturated(static_cast<std::uint64_t>(countBound)),
+                                          saturated(static_cast<std::uint64_t>(refinedCountBound)),
+                                          context.firstMinutiaCount,
+                                          context.secondMinutiaCount);
+}
+
+// The best hypothesis of the vote measured in full, refined when its score is doubtful.
+FingerMatchResult alignedResult(const MatchContext& context,
+                                const AlignmentVote& vote,
+                                const AlignmentHypothesis& hypothesis,
+                                std::size_t orientation) {
+    const AlignmentReference reference = alignmentReference(
+        context.minutiaPairs, context.firstMinutiaCount, context.secondMinutiaCount);
+    AlignmentEvaluation best = vote.evaluateAlignment(
+        hypothesis.anchor, hypothesis.rotation, reference, EvaluationDepth::kWithStatistics);
+    std::uint32_t score = countScore(context, best);
+    const bool refined = isInRefinementBand(score);
+    if (refined) {
+        vote.refineAlignment(best, reference);
+        score = countScore(context, best);
     }
-    return context.best;
+    return {.score = static_cast<std::uint16_t>(applyQualityStages(best, refined, score)),
+            .pairCount = saturated(context.minutiaPairs.size()),
+            .matchedCount = matchedCountOf(best),
+            .rotationDegrees = reportedRotationDegrees(best.rotation),
+            .orientation = static_cast<std::uint32_t>(orientation),
+            .distanceMedian = best.distanceMedian,
+            .angleMedian = best.angleMedian,
+            .coverage = best.coverage,
+            .matchedRatio = best.matchedRatio,
+            .refined = refined ? 1U : 0U};
 }
 
 TemplateMatchResult templateResult(const FingerMatchResult& best,
@@ -66,20 +85,31 @@ TemplateMatchResult templateResult(const FingerMatchResult& best,
     return result;
 }
 
+bool matchFingerPair(const FingerFeatures& first,
+                     const FingerFeatures& second,
+                     MatchMemory& memory,
+                     FingerMatchResult& best) {
+    memory.scratch.release();
+    MatchContext context(first, second, memory);
+    searchTrianglePairs(context);
+    return matchFingerAllOrientations(context, best);
+}
+
 }  // namespace
 
 TemplateMatchResult matchTemplates(std::span<const FingerFeatures> first,
                                    std::span<const FingerFeatures> second) {
     TemplateMatchResult result;
-    MatchContext context;
+    if (first.empty() || second.empty()) {
+        return result;
+    }
+    const std::unique_ptr<MatchMemory> memory(new MatchMemory);
+    // The first pair needs no special case: nothing that it can yield is worse than zero, and a zero
+    // result stands for pair 0, 0.
     FingerMatchResult best;
     for (std::size_t i = 0; i < first.size(); ++i) {
         for (std::size_t j = 0; j < second.size(); ++j) {
-            const FingerMatchResult& challenger = matchFingerPair(context, first[i], second[j]);
-            // The first pair needs no special case: nothing it can yield is worse than zero, and a
-            // zero result stands for pair 0, 0.
-            if (IsBetterMatch(challenger, best)) {
-                best = challenger;
+            if (matchFingerPair(first[i], second[j], *memory, best)) {
                 result = templateResult(best, i, j);
             }
         }
@@ -87,51 +117,37 @@ TemplateMatchResult matchTemplates(std::span<const FingerFeatures> first,
     return result;
 }
 
-void matchFinger(MatchContext& context,
-                 FingerMatchResult& result,
-                 std::span<const TriangleFeature> secondTriangles,
-                 std::uint64_t secondMinutiaCount,
-                 std::uint32_t orientation) {
-    result = FingerMatchResult{};
-    context.trianglePairs.clear();
-    searchTrianglePairs(context, secondTriangles);
-    if (!consolidatePairs(context)) {
-        return;
+bool matchFingerAllOrientations(MatchContext& context, FingerMatchResult& best) {
+    bool isReplaced = false;
+    for (std::size_t orientation = 0; orientation < kOrientations; ++orientation) {
+        const auto challenger = matchFinger(context, orientation, &best);
+        if (challenger && IsBetterMatch(*challenger, best)) {
+            best = *challenger;
+            isReplaced = true;
+        }
     }
-    context.reference = AlignmentReference{.firstMinutiaCount = context.firstMinutiaCount,
-                                           .secondMinutiaCount = secondMinutiaCount};
-    AlignmentEvaluation best = findBestAlignment(context);
-    if (best.count < kMinAgreeingPairs) {
-        return;
-    }
-    std::uint32_t score = countScore(context, best);
-    const bool refined = isInRefinementBand(score);
-    if (refined) {
-        refineAlignment(context, best);
-        score = countScore(context, best);
-    }
-    result = {.score = static_cast<std::uint16_t>(applyQualityStages(best, refined, score)),
-              .pairCount = saturated(context.minutiaPairs.size()),
-              .matchedCount = matchedCountOf(best),
-              .rotationDegrees = reportedRotationDegrees(best.rotation),
-              .orientation = orientation,
-              .distanceMedian = best.distanceMedian,
-              .angleMedian = best.angleMedian,
-              .coverage = best.coverage,
-              .matchedRatio = best.matchedRatio,
-              .refined = refined ? 1U : 0U};
+    return isReplaced;
 }
 
-std::uint16_t matchFingerAllOrientations(MatchContext& context, std::uint32_t orientation) {
-    assert(orientation > 0 && orientation < kOrientations);
-    const FingerFeatures& second = *context.secondFinger;
-    const std::vector<TriangleFeature> turned = orientationCopy(second.triangles, orientation);
-    FingerMatchResult challenger;
-    matchFinger(context, challenger, turned, second.minutiaCount, orientation);
-    if (IsBetterMatch(challenger, context.best)) {
-        context.best = challenger;
+std::optional<FingerMatchResult> matchFinger(MatchContext& context,
+                                             std::size_t orientation,
+                                             const FingerMatchResult* best) {
+    if (!consolidatePairs(context, orientation)) {
+        return FingerMatchResult{};
     }
-    return challenger.score;
+    const AlignmentVote vote(context.minutiaPairs, context.memory.scratch);
+    const std::int32_t refinedBound = vote.anyRotationCountBound();
+    if (!canBeBetter(context, best, vote.countBound(), refinedBound)) {
+        return std::nullopt;
+    }
+    const AlignmentHypothesis hypothesis = vote.findBestAlignment();
+    if (hypothesis.count < kMinAgreeingPairs) {
+        return FingerMatchResult{};
+    }
+    if (!canBeBetter(context, best, hypothesis.count, refinedBound)) {
+        return std::nullopt;
+    }
+    return alignedResult(context, vote, hypothesis, orientation);
 }
 
 }  // namespace orl::matcher

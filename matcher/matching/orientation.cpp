@@ -1,56 +1,75 @@
 #include "matcher/matching/orientation.h"
 
-#include <algorithm>
-#include <cassert>
-
+#include "matcher/features/lookup_tables.h"
 #include "matcher/features/triangle_feature.h"
+#include "matcher/matching/kernels/triangle_code_kernels.h"
 
 namespace orl::matcher {
 namespace {
 
-constexpr int kLastGridUnit = 255;
-constexpr std::uint32_t kQuarterTurnSteps = 64;  // 256-step turn
+bool hasEdgeWithoutLength(const TriangleFeature& triangle) {
+    const auto coincide = [](const TriangleVertex& a, const TriangleVertex& b) {
+        return a.x == b.x && a.y == b.y;
+    };
+    const auto& [a, b, c] = triangle.vertices;
+    return coincide(a, b) || coincide(b, c) || coincide(c, a);
+}
 
-std::uint8_t mirrored(std::uint8_t coordinate) {
-    return static_cast<std::uint8_t>(kLastGridUnit - coordinate);
+// Puts the vertices of a triangle whose cyclic order a turn reverses into their own order.
+void reorder(OrientedTriangle& oriented,
+             std::size_t m,
+             const VertexOrder& order,
+             const TriangleFeature& triangle,
+             TriangleCode& code) {
+    const auto turned = oriented.vertices[m];
+    oriented.vertices[m] = {turned[order[0]], turned[order[1]], turned[order[2]]};
+    oriented.start[m] = 0;
+    oriented.isIrregular = true;
+    TriangleFeature reordered = triangle;
+    for (std::size_t corner = 0; corner < kCorners; ++corner) {
+        reordered.vertices[corner] = oriented.vertices[m][corner];
+    }
+    code = codeOf(reordered);
+}
+
+void orient(const TriangleFeature& triangle,
+            const QuarterTurnBearings& bearings,
+            QuarterTurnCodes& codes,
+            OrientedTriangle& oriented) {
+    kernels::codesOfQuarterTurns(triangle, bearings, codes);
+    oriented.isIrregular = hasEdgeWithoutLength(triangle);
+    oriented.vertices[0] = {triangle.vertices[0], triangle.vertices[1], triangle.vertices[2]};
+    oriented.start[0] = 0;
+    for (std::size_t m = 1; m < kOrientations; ++m) {
+        oriented.vertices[m] = kernels::turnedVertices(triangle, m);
+        const auto& [a, b, c] = oriented.vertices[m];
+        const VertexOrder order = BearingOrder(a, b, c);
+        oriented.start[m] = order[0];
+        if (order[1] != (order[0] + 1) % kCorners) {
+            reorder(oriented, m, order, triangle, codes[m]);
+        }
+    }
 }
 
 }  // namespace
 
-TriangleVertex turnedVertex(const TriangleVertex& vertex, std::uint32_t orientation) {
-    assert(orientation < 4);
-    TriangleVertex turned = vertex;
-    turned.angle = static_cast<std::uint8_t>(vertex.angle + orientation * kQuarterTurnSteps);
-    switch (orientation) {
-        case 1:
-            turned.x = mirrored(vertex.y);
-            turned.y = vertex.x;
-            break;
-        case 2:
-            turned.x = mirrored(vertex.x);
-            turned.y = mirrored(vertex.y);
-            break;
-        case 3:
-            turned.x = vertex.y;
-            turned.y = mirrored(vertex.x);
-            break;
-        default:
-            break;
-    }
-    return turned;
+std::array<TriangleVertex, kCorners> orderedVertices(const OrientedTriangle& triangle,
+                                                     std::size_t orientation) {
+    const auto& vertices = triangle.vertices[orientation];
+    const std::size_t start = triangle.start[orientation];
+    return {vertices[start],
+            vertices[(start + 1) % kCorners],
+            vertices[(start + 2) % kCorners]};
 }
 
-std::vector<TriangleFeature> orientationCopy(std::span<const TriangleFeature> triangles,
-                                             std::uint32_t orientation) {
-    std::vector<TriangleFeature> copy;
-    copy.reserve(triangles.size());
-    for (const TriangleFeature& triangle : triangles) {
-        copy.push_back(MakeTriangleFeature(turnedVertex(triangle.vertices[0], orientation),
-                                           turnedVertex(triangle.vertices[1], orientation),
-                                           turnedVertex(triangle.vertices[2], orientation)));
+OrientedFinger orientedFinger(std::span<const TriangleFeature> triangles, Scratch& scratch) {
+    const QuarterTurnBearings& bearings = QuarterTurnBearings::Table();
+    const auto codes = scratch.take<QuarterTurnCodes>(triangles.size());
+    const auto oriented = scratch.take<OrientedTriangle>(triangles.size());
+    for (std::size_t u = 0; u < triangles.size(); ++u) {
+        orient(triangles[u], bearings, codes[u], oriented[u]);
     }
-    std::stable_sort(copy.begin(), copy.end(), TriangleKeyLess);
-    return copy;
+    return {triangles, codes, oriented};
 }
 
 }  // namespace orl::matcher

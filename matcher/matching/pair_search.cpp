@@ -1,253 +1,203 @@
 #include "matcher/matching/pair_search.h"
 
 #include <algorithm>
-#include <array>
-#include <cstddef>
-#include <cstdint>
-#include <optional>
+#include <bit>
+#include <cstdlib>
+#include <cstring>
 
-#include "matcher/features/angles.h"
-#include "matcher/features/lookup_tables.h"
+#include "matcher/matching/candidate_index.h"
+#include "matcher/matching/kernels/triangle_code_kernels.h"
 
 namespace orl::matcher {
 namespace {
 
-using CornerOrder = std::array<std::size_t, 3>;
-
-constexpr std::array<CornerOrder, 3> kCyclicOrders = {{{0, 1, 2}, {1, 2, 0}, {2, 0, 1}}};
-
-constexpr int kKeyReachGridUnits = 18;           // half the width of the key range
-constexpr int kMaxDescriptorDifference = 17;     // grid units, between candidates
-constexpr int kDirectionRejectedFromSteps = 43;  // axial, each vertex after the rotation
-constexpr int kDescriptorRejectedFromGridUnits = 18;
-constexpr int kRelativeRejectedFromSteps = 35;  // directions of neighbouring vertices
-constexpr int kEdgeRejectedFromSteps = 35;      // edges against the direction of their end
-constexpr std::int32_t kCostScale = 1024;       // a factor at its limit would cost this much
+constexpr int kKeyReachGridUnits = 18;  // half the width of the key range
 constexpr std::int32_t kNoPassingOrderCost = std::int32_t{1} << 30;
-constexpr std::int32_t kMaxSimilarity = 1024;
 constexpr std::int32_t kCostPerSimilarityPoint = std::int32_t{1} << 20;
-constexpr std::size_t kMinTrianglePairs = 3;
-constexpr std::size_t kMinMinutiaPairs = 3;
-constexpr std::size_t kDescriptorBytes = 3;  // of the four side bytes; the last carries no length
-
-std::uint8_t lowByte(int value) {
-    return static_cast<std::uint8_t>(value);
-}
-
-std::int8_t lowByteAsSigned(int value) {
-    return static_cast<std::int8_t>(lowByte(value));
-}
 
 std::int8_t searchKey(const TriangleFeature& triangle) {
     return static_cast<std::int8_t>(triangle.sides[0]);
 }
 
-// Direction of the vector between two vertices as a byte.
+std::uint32_t sidesWord(const TriangleFeature& triangle) {
+    std::uint32_t word = 0;
+    std::memcpy(&word, triangle.sides, sizeof(word));
+    return word;
+}
+
+// The triangles of a sorted list whose key lies within reach of a key that only grows from call to
+// call.
+class KeyRange {
+  public:
+    explicit KeyRange(std::span<const TriangleFeature> sorted) : sorted_(sorted) {}
+
+    // Moves on to `key`. The limits wrap in 8 bits: a key within reach of either end of the signed
+    // range gets an upper limit below its lower one, and so an empty range.
+    void moveTo(std::int8_t key) {
+        const auto lowest = static_cast<std::int8_t>(key - kKeyReachGridUnits);
+        const auto highest = static_cast<std::int8_t>(key + kKeyReachGridUnits);
+        if (lowest > highest) {
+            isEmpty_ = true;
+            return;
+        }
+        isEmpty_ = false;
+        while (begin_ < sorted_.size() && searchKey(sorted_[begin_]) < lowest) {
+            ++begin_;
+        }
+        end_ = std::max(end_, begin_);
+        while (end_ < sorted_.size() && searchKey(sorted_[end_]) <= highest) {
+            ++end_;
+        }
+    }
+
+    // The range's triangles within a stretch, as bits.
+    TriangleBits bits(std::size_t stretch) const {
+        if (isEmpty_) {
+            return {};
+        }
+        const std::size_t offset = stretch * kTrianglesPerStretch;
+        return without(below(end_, offset), below(begin_, offset));
+    }
+
+  private:
+    static std::uint64_t lowBits(std::size_t count) {
+        constexpr std::size_t kWordBits = 64;
+        return count >= kWordBits ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
+    }
+    // Bits of the triangles before `index`, for a stretch that begins at `offset`.
+    static TriangleBits below(std::size_t index, std::size_t offset) {
+        const std::size_t count = index > offset ? index - offset : 0;
+        return {lowBits(count), lowBits(count > 64 ? count - 64 : 0)};
+    }
+    static TriangleBits without(TriangleBits set, TriangleBits removed) {
+        return {set.low & ~removed.low, set.high & ~removed.high};
+    }
+
+    std::span<const TriangleFeature> sorted_;
+    std::size_t begin_ = 0;
+    std::size_t end_ = 0;
+    bool isEmpty_ = true;
+};
+
+std::int32_t largestSideDifference(const TriangleCode& second, const TriangleCode& first) {
+    std::int32_t largest = 0;
+    for (std::size_t j = kSideGroup; j < kSideGroup + kCorners; ++j) {
+        largest = std::max(largest, std::abs(second.bytes[j] - first.bytes[j]));
+    }
+    return largest;
+}
+
+// The cost of a pair that agrees in turns and edges under the first triangle's cyclic order `order`,
+// with its sides as under `sideOrder`; the mark when the sides differ too much.
 //
-// Deliberate: a negative bearing keeps its low 8 bits, -64 reads as 192, although its turn has 255
-// steps.
-std::uint8_t edgeDirection(const TriangleVertex& from, const TriangleVertex& to) {
-    return lowByte(Bearing(static_cast<std::int16_t>(to.y - from.y),
-                           static_cast<std::int16_t>(to.x - from.x)));
+// A turn may change a triangle's first vertex, while its sides are sorted and stay.
+std::int32_t costOfTurned(const TriangleCode& second,
+                          const CyclicCodes& first,
+                          std::size_t order,
+                          std::size_t sideOrder) {
+    CodeDifference difference = kernels::largestDifferences(second, first[order]);
+    if (sideOrder != order) {
+        difference.side = largestSideDifference(second, first[sideOrder]);
+    }
+    return difference.side <= kMaxSideDifferenceGridUnits ? costOf(difference)
+                                                          : kNoPassingOrderCost;
 }
 
-// Each test below compares the second triangle's corner j with the first triangle's corner
-// order[j]. Those with a result give the largest difference met, or nothing when one is too large.
+// The smallest costs of a pair of triangles, one an orientation.
+using OrientationCosts = std::array<std::int32_t, kOrientations>;
 
-// Whether the vertices' directions agree as undirected lines, once the first triangle is turned so
-// that its leading corner has the direction of the second's.
-bool directionsAgree(const TriangleFeature& first,
-                     const TriangleFeature& second,
-                     const CornerOrder& order) {
-    const int rotation = second.vertices[0].angle - first.vertices[order[0]].angle;
-    for (std::size_t j = 0; j < order.size(); ++j) {
-        const std::uint8_t expected = lowByte(rotation + first.vertices[order[j]].angle);
-        if (AxialDifference(expected, second.vertices[j].angle) >= kDirectionRejectedFromSteps) {
-            return false;
+// Tries the cyclic orders in `orders` (bit q: the first triangle's order that starts at vertex q) in
+// all orientations. In an orientation whose triangle starts at list vertex s, order q is its order
+// q + s.
+OrientationCosts smallestCosts(const QuarterTurnCodes& second,
+                               const OrientedTriangle& oriented,
+                               const CyclicCodes& first,
+                               unsigned orders) {
+    OrientationCosts smallest;
+    smallest.fill(kNoPassingOrderCost);
+    for (; orders != 0; orders &= orders - 1) {
+        const auto order = static_cast<std::size_t>(std::countr_zero(orders));
+        unsigned agreeing = kernels::agreeingQuarterTurns(second, first[order]);
+        for (; agreeing != 0; agreeing &= agreeing - 1) {
+            const auto m = static_cast<std::size_t>(std::countr_zero(agreeing));
+            const std::size_t sideOrder = (order + oriented.start[m]) % kCorners;
+            smallest[m] = std::min(smallest[m], costOfTurned(second[m], first, order, sideOrder));
         }
     }
-    return true;
+    return smallest;
 }
 
-std::optional<std::int32_t> largestDescriptorDifference(const TriangleFeature& first,
-                                                        const TriangleFeature& second,
-                                                        const CornerOrder& order) {
-    std::int32_t largest = 0;
-    for (std::size_t j = 0; j < order.size(); ++j) {
-        const std::int32_t difference = AbsoluteDifference(second.sides[j], first.sides[order[j]]);
-        if (difference >= kDescriptorRejectedFromGridUnits) {
-            return std::nullopt;
-        }
-        largest = std::max(largest, difference);
-    }
-    return largest;
-}
-
-// The turn from each vertex's direction to the next one's, forward at 255 steps.
-std::optional<std::int32_t> largestRelativeDifference(const TriangleFeature& first,
-                                                      const TriangleFeature& second,
-                                                      const CornerOrder& order) {
-    std::int32_t largest = 0;
-    for (std::size_t j = 0; j < order.size(); ++j) {
-        const std::size_t next = (j + 1) % order.size();
-        const std::int16_t secondTurn =
-            ForwardDifference(second.vertices[j].angle, second.vertices[next].angle);
-        const std::int16_t firstTurn =
-            ForwardDifference(first.vertices[order[j]].angle, first.vertices[order[next]].angle);
-        const std::int32_t difference = CircularDifference(firstTurn, secondTurn);
-        if (difference >= kRelativeRejectedFromSteps) {
-            return std::nullopt;
-        }
-        largest = std::max(largest, difference);
-    }
-    return largest;
-}
-
-// The turn from the direction of vertex `to` to that of the edge that ends there.
-std::int16_t edgeTurn(const TriangleVertex& from, const TriangleVertex& to) {
-    return ForwardDifference(to.angle, edgeDirection(from, to));
-}
-
-std::optional<std::int32_t> largestEdgeDifference(const TriangleFeature& first,
-                                                  const TriangleFeature& second,
-                                                  const CornerOrder& order) {
-    std::int32_t largest = 0;
-    for (std::size_t to = 0; to < order.size(); ++to) {
-        for (std::size_t from = 0; from < order.size(); ++from) {
-            if (from == to) {
-                continue;
-            }
-            const std::int16_t secondTurn = edgeTurn(second.vertices[from], second.vertices[to]);
-            const std::int16_t firstTurn =
-                edgeTurn(first.vertices[order[from]], first.vertices[order[to]]);
-            const std::int32_t difference = CircularDifference(firstTurn, secondTurn);
-            if (difference >= kEdgeRejectedFromSteps) {
-                return std::nullopt;
-            }
-            largest = std::max(largest, difference);
+void addPairs(MatchContext& context, std::size_t first, std::size_t second, unsigned orders) {
+    const OrientationCosts costs = smallestCosts(context.second.codes[second],
+                                                 context.second.oriented[second],
+                                                 context.firstCodes[first],
+                                                 orders);
+    for (std::size_t m = 0; m < kOrientations; ++m) {
+        if (costs[m] < kNoPassingOrderCost) {
+            context.trianglePairs[m].push_back(
+                {static_cast<std::uint16_t>(costs[m] / kCostPerSimilarityPoint),
+                 static_cast<std::uint16_t>(first),
+                 static_cast<std::uint16_t>(second)});
         }
     }
-    return largest;
 }
 
-// Cost of one cyclic order, 0 .. 994 * 994 * 967, or the mark when a test rejects it.
-std::int32_t orderCost(const TriangleFeature& first,
-                       const TriangleFeature& second,
-                       const CornerOrder& order) {
-    if (!directionsAgree(first, second, order)) {
-        return kNoPassingOrderCost;
-    }
-    const auto descriptor = largestDescriptorDifference(first, second, order);
-    if (!descriptor) {
-        return kNoPassingOrderCost;
-    }
-    const auto relative = largestRelativeDifference(first, second, order);
-    if (!relative) {
-        return kNoPassingOrderCost;
-    }
-    const auto edge = largestEdgeDifference(first, second, order);
-    if (!edge) {
-        return kNoPassingOrderCost;
-    }
-    return (*edge * kCostScale / kEdgeRejectedFromSteps) *
-           (*relative * kCostScale / kRelativeRejectedFromSteps) *
-           (*descriptor * kCostScale / kDescriptorRejectedFromGridUnits);
-}
-
-std::uint16_t positionKey(const TriangleVertex& vertex) {
-    constexpr int kKeysPerColumn = 256;
-    return static_cast<std::uint16_t>(vertex.x * kKeysPerColumn + vertex.y);
-}
-
-// Appends the correspondence unless both positions are taken.
-//
-// Deliberate: a position of the first finger counts as taken from its first mention on, and one
-// taken position alone does not bar a pair, so a minutia may stand in several correspondences.
-void addMinutiaPair(MatchContext& context, const MinutiaPair& pair) {
-    const bool firstIsNew = context.firstPositions.insert(positionKey(pair.first)).second;
-    const bool secondIsNew = context.secondPositions.insert(positionKey(pair.second)).second;
-    if (secondIsNew || firstIsNew) {
-        context.minutiaPairs.push_back(pair);
+// Tests what the index found for triangle `first` in half a stretch; orders[q] are the triangles
+// that may agree with its cyclic order q.
+void testFound(MatchContext& context,
+               std::size_t first,
+               std::size_t offset,
+               const std::array<std::uint64_t, kCorners>& orders) {
+    const std::uint32_t firstSides = sidesWord(context.firstTriangles[first]);
+    for (std::uint64_t found = orders[0] | orders[1] | orders[2]; found != 0; found &= found - 1) {
+        const auto bit = static_cast<std::size_t>(std::countr_zero(found));
+        const std::size_t second = offset + bit;
+        if (sidesAreNear(sidesWord(context.second.triangles[second]), firstSides)) {
+            addPairs(context,
+                     first,
+                     second,
+                     static_cast<unsigned>((orders[0] >> bit & 1U) |
+                                           (orders[1] >> bit & 1U) << 1U |
+                                           (orders[2] >> bit & 1U) << 2U));
+        }
     }
 }
 
 }  // namespace
 
-std::span<const TriangleFeature> trianglesInKeyRange(std::span<const TriangleFeature> sorted,
-                                                     std::int8_t key) {
-    // Deliberate: the limits wrap in 8 bits instead of stopping at the ends of the range, so that
-    // triangles whose key lies within 18 of an end find nothing.
-    const std::int8_t lowest = lowByteAsSigned(key - kKeyReachGridUnits);
-    const std::int8_t highest = lowByteAsSigned(key + kKeyReachGridUnits);
-    const auto begin = std::lower_bound(sorted.begin(),
-                                        sorted.end(),
-                                        lowest,
-                                        [](const TriangleFeature& triangle, std::int8_t limit) {
-                                            return searchKey(triangle) < limit;
-                                        });
-    const auto end = std::upper_bound(
-        begin, sorted.end(), highest, [](std::int8_t limit, const TriangleFeature& triangle) {
-            return limit < searchKey(triangle);
-        });
-    return {begin, end};
-}
-
-bool areCandidates(const TriangleFeature& first, const TriangleFeature& second) {
-    for (std::size_t i = 0; i < kDescriptorBytes; ++i) {
-        const std::int8_t difference = lowByteAsSigned(second.sides[i] - first.sides[i]);
-        if (difference < -kMaxDescriptorDifference || difference > kMaxDescriptorDifference) {
-            return false;
-        }
-    }
-    return true;
-}
-
-void searchTrianglePairs(MatchContext& context, std::span<const TriangleFeature> secondTriangles) {
-    for (const TriangleFeature& first : context.firstTriangles) {
-        for (const TriangleFeature& second :
-             trianglesInKeyRange(secondTriangles, searchKey(first))) {
-            if (areCandidates(first, second)) {
-                scoreTrianglePair(second, context.trianglePairs, first);
+void searchTrianglePairs(MatchContext& context) {
+    const CandidateIndex index(context.second, context.memory.scratch);
+    KeyRange range(context.second.triangles);
+    for (std::size_t first = 0; first < context.firstTriangles.size(); ++first) {
+        range.moveTo(searchKey(context.firstTriangles[first]));
+        const CyclicCodes& codes = context.firstCodes[first];
+        for (std::size_t stretch = 0; stretch < index.stretchCount(); ++stretch) {
+            const TriangleBits inRange = range.bits(stretch);
+            if ((inRange.low | inRange.high) == 0) {
+                continue;
             }
+            const std::array<TriangleBits, kCorners> found = {
+                index.find(codes[0], stretch) & inRange,
+                index.find(codes[1], stretch) & inRange,
+                index.find(codes[2], stretch) & inRange};
+            const std::size_t offset = stretch * kTrianglesPerStretch;
+            testFound(context, first, offset, {found[0].low, found[1].low, found[2].low});
+            testFound(context, first, offset + 64, {found[0].high, found[1].high, found[2].high});
         }
     }
 }
 
-void scoreTrianglePair(const TriangleFeature& second,
-                       std::vector<TrianglePair>& pairs,
-                       const TriangleFeature& first) {
-    std::int32_t cost = kNoPassingOrderCost;
-    for (const CornerOrder& order : kCyclicOrders) {
-        cost = std::min(cost, orderCost(first, second, order));
-        if (cost == 0) {
-            break;
+std::int32_t scoreTrianglePair(const TriangleCode& second, const CyclicCodes& firstCodes) {
+    std::int32_t smallest = kNoPassingOrderCost;
+    for (std::size_t order = 0; order < kCorners; ++order) {
+        const CodeDifference difference = kernels::largestDifferences(second, firstCodes[order]);
+        if (difference.turn <= kMaxTurnDifferenceSteps &&
+            difference.edge <= kMaxEdgeDifferenceSteps &&
+            difference.side <= kMaxSideDifferenceGridUnits) {
+            smallest = std::min(smallest, costOf(difference));
         }
     }
-    if (cost < kNoPassingOrderCost) {
-        pairs.push_back({kMaxSimilarity - cost / kCostPerSimilarityPoint, &first, &second});
-    }
-}
-
-bool consolidatePairs(MatchContext& context) {
-    context.firstPositions.clear();
-    context.secondPositions.clear();
-    context.minutiaPairs.clear();
-    if (context.trianglePairs.size() < kMinTrianglePairs) {
-        return false;
-    }
-    std::stable_sort(context.trianglePairs.begin(),
-                     context.trianglePairs.end(),
-                     [](const TrianglePair& left, const TrianglePair& right) {
-                         return left.similarity > right.similarity;
-                     });
-    for (const TrianglePair& pair : context.trianglePairs) {
-        // Deliberate: corners pair up as they stand, whichever cyclic order made the triangles
-        // alike.
-        for (std::size_t corner = 0; corner < 3; ++corner) {
-            addMinutiaPair(context, {pair.first->vertices[corner], pair.second->vertices[corner]});
-        }
-    }
-    return context.minutiaPairs.size() >= kMinMinutiaPairs;
+    return smallest < kNoPassingOrderCost ? kMaxSimilarity - smallest / kCostPerSimilarityPoint : 0;
 }
 
 }  // namespace orl::matcher

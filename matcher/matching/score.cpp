@@ -151,6 +151,20 @@ std::uint32_t applyQualityStages(const AlignmentEvaluation& evaluation,
     return score;
 }
 
+bool mayBeBetter(const FingerMatchResult& best,
+                 std::uint64_t matchedBound,
+                 std::uint64_t refinedMatchedBound,
+                 std::uint64_t countA,
+                 std::uint64_t countB) {
+    const std::uint32_t score = scoreFromCount(matchedBound, countA, countB);
+    if (score < kRefinementBand.lowest) {
+        // Below all bands the score grows with the count and is final.
+        return score > best.score || (score == best.score && matchedBound >= best.matchedCount);
+    }
+    // A refinement may raise the count; after it only the bonus adds to the score.
+    return scoreFromCount(refinedMatchedBound, countA, countB) + kPointsPerLevel >= best.score;
+}
+
 float reportedRotationDegrees(std::int16_t rotationSteps) {
     constexpr float kDegreesPerStep = 1.40625F;  // 360 / 256
     constexpr float kHalfTurnDegrees = 180.0F;

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "matcher/matching/alignment_records.h"
+#include "matcher/matching/match_results.h"
 
 namespace orl::matcher {
 
@@ -38,6 +39,15 @@ std::uint32_t bandedQualityPenaltyLevel(const AlignmentEvaluation& evaluation, s
 std::uint32_t applyQualityStages(const AlignmentEvaluation& evaluation,
                                  bool refined,
                                  std::uint32_t score);
+
+// Whether a finger match may still be better than `best`, or tie with it, when no alignment has more
+// than `matchedBound` agreeing pairs, nor more than `refinedMatchedBound` after a refinement.
+// REQUIRES: matchedBound <= refinedMatchedBound <= 65535.
+bool mayBeBetter(const FingerMatchResult& best,
+                 std::uint64_t matchedBound,
+                 std::uint64_t refinedMatchedBound,
+                 std::uint64_t countA,
+                 std::uint64_t countB);
 
 // Direction steps to degrees at 256 steps a turn, brought into (-180, 180]: -10 gives -14.0625, 246
 // the same, 128 gives 180.

@@ -1,0 +1,60 @@
+#include <algorithm>
+#include <cstdlib>
+
+#include "matcher/matching/kernels/agreement_bound.h"
+
+namespace orl::matcher::plain {
+namespace {
+
+// The upper half of the 32-bit product, cut down toward minus infinity.
+int highProduct(int a, int b) {
+    constexpr int kHalfBits = 16;
+    return (a * b) >> kHalfBits;
+}
+
+bool mayAgree(const BoundPositions& positions, std::size_t pair, std::size_t anchor, ScaledTurn turn) {
+    const int dx = positions.firstX64[pair] - positions.firstX64[anchor];
+    const int dy = positions.firstY64[pair] - positions.firstY64[anchor];
+    const int errorX = highProduct(dx, turn.cosine) - highProduct(dy, turn.sine) -
+                       (positions.secondX32[pair] - positions.secondX32[anchor]);
+    const int errorY = highProduct(dx, turn.sine) + highProduct(dy, turn.cosine) -
+                       (positions.secondY32[pair] - positions.secondY32[anchor]);
+    const int sizeX = std::abs(errorX);
+    const int sizeY = std::abs(errorY);
+    return std::max(sizeX, sizeY) <= kBoundPerCoordinate && sizeX + sizeY <= kBoundBothCoordinates;
+}
+
+}  // namespace
+
+void agreementBounds(const BoundPositions& positions,
+                     std::span<const BoundTask> tasks,
+                     std::span<std::uint16_t> bounds) {
+    std::size_t next = 0;
+    for (const BoundTask& task : tasks) {
+        for (const ScaledTurn turn : task.turns) {
+            std::uint16_t agreeing = 0;
+            for (std::size_t i = 0; i < task.count; ++i) {
+                if (mayAgree(positions, task.begin + i, task.anchor, turn)) {
+                    ++agreeing;
+                }
+            }
+            bounds[next++] = agreeing;
+        }
+    }
+}
+
+}  // namespace orl::matcher::plain
+
+namespace orl::matcher {
+
+AgreementBounds fastestAgreementBounds() {
+#if defined(__SSE2__) && defined(__linux__)
+    return __builtin_cpu_supports("avx2") ? avx2::agreementBounds : sse2::agreementBounds;
+#elif defined(__SSE2__)
+    return sse2::agreementBounds;
+#else
+    return plain::agreementBounds;
+#endif
+}
+
+}  // namespace orl::matcher

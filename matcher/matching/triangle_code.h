@@ -1,0 +1,56 @@
+#pragma once
+
+// Triangles in the form in which the pair test compares them: 16 bytes, so that one cyclic order of
+// two triangles is compared by a handful of byte operations.
+//
+//   bytes  0..2   turn from vertex j's direction to the next vertex's           255-step circle
+//   bytes  4..6   from vertex j's direction to the edge from the next vertex    255-step circle
+//   bytes  8..10  from vertex j's direction to the edge from the previous one   255-step circle
+//   bytes 12..14  side lengths                                                  plain bytes
+//   bytes  3, 7, 11, 15  zero
+//
+// "Next" is cyclic: 0, 1, 2, 0. Comparing the second triangle with the first under a cyclic order
+// that starts at the first triangle's vertex p means comparing its code with the first's code
+// turned by p: three bytes of each group moved up.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "matcher/features/finger_model.h"
+
+namespace orl::matcher {
+
+inline constexpr std::size_t kCorners = 3;
+inline constexpr std::size_t kOrientations = 4;  // quarter turns of the second finger
+
+struct alignas(16) TriangleCode {
+    std::array<std::uint8_t, 16> bytes;
+
+    friend bool operator==(const TriangleCode&, const TriangleCode&) = default;
+};
+
+inline constexpr std::size_t kTurnGroup = 0;
+inline constexpr std::size_t kNextEdgeGroup = 4;
+inline constexpr std::size_t kPreviousEdgeGroup = 8;
+inline constexpr std::size_t kSideGroup = 12;
+
+// The code of a triangle with its vertices in their present order.
+TriangleCode codeOf(const TriangleFeature& triangle);
+
+// The codes of one triangle under the three cyclic orders that start at vertex 0, 1 and 2.
+using CyclicCodes = std::array<TriangleCode, kCorners>;
+CyclicCodes cyclicCodesOf(const TriangleFeature& triangle);
+
+// The codes of one triangle after 0, 1, 2 and 3 quarter turns in the grid.
+using QuarterTurnCodes = std::array<TriangleCode, kOrientations>;
+
+// Whether the side lengths differ by at most 17 each, the differences taken modulo 256. The sides
+// are given as little-endian words; the fourth byte does not count.
+bool sidesAreNear(std::uint32_t secondSides, std::uint32_t firstSides);
+
+// A vertex after `quarterTurns` (0..3) quarter turns: (x, y) goes to (255 - y, x), and its direction
+// grows by 64 of 256 steps, a turn.
+TriangleVertex turnedVertex(const TriangleVertex& vertex, std::size_t quarterTurns);
+
+}  // namespace orl::matcher
