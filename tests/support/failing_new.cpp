@@ -3,7 +3,9 @@
 #include <atomic>
 #include <cassert>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace {
@@ -39,6 +41,37 @@ void Release(void* block) noexcept {
     }
 }
 
+// Blocks of a greater alignment lie somewhere within an ordinary one, whose address stands before
+// them.
+void* AllocateAligned(std::size_t bytes, std::align_val_t alignment) noexcept {
+    const auto boundary = static_cast<std::size_t>(alignment);
+    void* whole = Allocate(bytes + boundary + sizeof(void*));
+    if (whole == nullptr) {
+        return nullptr;
+    }
+    const auto first = reinterpret_cast<std::uintptr_t>(whole) + sizeof(void*);
+    const std::uintptr_t padding = (boundary - first % boundary) % boundary;
+    std::byte* block = static_cast<std::byte*>(whole) + sizeof(void*) + padding;
+    std::memcpy(block - sizeof(void*), &whole, sizeof(void*));
+    return block;
+}
+
+void* AllocateAlignedOrThrow(std::size_t bytes, std::align_val_t alignment) {
+    void* block = AllocateAligned(bytes, alignment);
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
+    return block;
+}
+
+void ReleaseAligned(void* block) noexcept {
+    if (block != nullptr) {
+        void* whole = nullptr;
+        std::memcpy(&whole, static_cast<std::byte*>(block) - sizeof(void*), sizeof(void*));
+        Release(whole);
+    }
+}
+
 }  // namespace
 
 void* operator new(std::size_t bytes) {
@@ -70,6 +103,47 @@ void operator delete(void* block, const std::nothrow_t& /*tag*/) noexcept {
 }
 void operator delete[](void* block, const std::nothrow_t& /*tag*/) noexcept {
     Release(block);
+}
+
+void* operator new(std::size_t bytes, std::align_val_t alignment) {
+    return AllocateAlignedOrThrow(bytes, alignment);
+}
+void* operator new[](std::size_t bytes, std::align_val_t alignment) {
+    return AllocateAlignedOrThrow(bytes, alignment);
+}
+void* operator new(std::size_t bytes,
+                   std::align_val_t alignment,
+                   const std::nothrow_t& /*tag*/) noexcept {
+    return AllocateAligned(bytes, alignment);
+}
+void* operator new[](std::size_t bytes,
+                     std::align_val_t alignment,
+                     const std::nothrow_t& /*tag*/) noexcept {
+    return AllocateAligned(bytes, alignment);
+}
+void operator delete(void* block, std::align_val_t /*alignment*/) noexcept {
+    ReleaseAligned(block);
+}
+void operator delete[](void* block, std::align_val_t /*alignment*/) noexcept {
+    ReleaseAligned(block);
+}
+void operator delete(void* block, std::size_t /*bytes*/, std::align_val_t /*alignment*/) noexcept {
+    ReleaseAligned(block);
+}
+void operator delete[](void* block,
+                       std::size_t /*bytes*/,
+                       std::align_val_t /*alignment*/) noexcept {
+    ReleaseAligned(block);
+}
+void operator delete(void* block,
+                     std::align_val_t /*alignment*/,
+                     const std::nothrow_t& /*tag*/) noexcept {
+    ReleaseAligned(block);
+}
+void operator delete[](void* block,
+                       std::align_val_t /*alignment*/,
+                       const std::nothrow_t& /*tag*/) noexcept {
+    ReleaseAligned(block);
 }
 
 namespace orl::test {

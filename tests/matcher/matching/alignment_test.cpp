@@ -1,10 +1,17 @@
 #include "matcher/matching/alignment.h"
 
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <random>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "matcher/matching/pair_search.h"
+#include "matcher/matching/scratch.h"
+#include "tests/matcher/matching/searched_fingers.h"
 #include "tests/support/naive_matching.h"
 #include "tests/support/synthetic_fingers.h"
 
@@ -16,11 +23,48 @@ constexpr AlignmentReference kReference = {.firstArea = 65536.0F,
                                            .firstMinutiaCount = 10,
                                            .secondMinutiaCount = 20};
 
+// A vote with all that it reads.
+class Vote {
+  public:
+    explicit Vote(std::vector<MinutiaPair> pairs)
+        : pairs_(std::move(pairs)), scratch_(new Scratch), vote_(pairs_, *scratch_) {}
+
+    const AlignmentVote* operator->() const { return &vote_; }
+    const std::vector<MinutiaPair>& pairs() const { return pairs_; }
+
+    // Measured against the box of all pairs, for fingers of 10 and 20 minutiae.
+    AlignmentReference reference() const { return alignmentReference(pairs_, 10, 20); }
+
+    AlignmentEvaluation evaluated(std::size_t anchor, int rotation) const {
+        return vote_.evaluateAlignment(static_cast<std::uint32_t>(anchor),
+                                       static_cast<std::int16_t>(rotation),
+                                       reference(),
+                                       EvaluationDepth::kWithStatistics);
+    }
+
+    // The best hypothesis with its statistics.
+    AlignmentEvaluation best() const {
+        const AlignmentHypothesis hypothesis = vote_.findBestAlignment();
+        return evaluated(hypothesis.anchor, hypothesis.rotation);
+    }
+
+    AlignmentEvaluation refined() const {
+        AlignmentEvaluation evaluation = best();
+        vote_.refineAlignment(evaluation, reference());
+        return evaluation;
+    }
+
+  private:
+    std::vector<MinutiaPair> pairs_;
+    std::unique_ptr<Scratch> scratch_;
+    AlignmentVote vote_;
+};
+
 AlignmentEvaluation Evaluated(const std::vector<MinutiaPair>& pairs,
                               int rotation = 0,
                               const AlignmentReference& reference = kReference) {
-    return evaluateAlignment(
-        pairs, 0, static_cast<std::int16_t>(rotation), reference, EvaluationDepth::kWithStatistics);
+    return Vote(pairs)->evaluateAlignment(
+        0, static_cast<std::int16_t>(rotation), reference, EvaluationDepth::kWithStatistics);
 }
 
 // A pair whose second vertex lies (dx, dy) off the first one, both with direction 50.
@@ -201,16 +245,8 @@ TEST(EvaluateAlignment, LeavesTheStatisticsAtZeroWhenOnlyCounting) {
     const std::vector<MinutiaPair> pairs = {
         Displaced(90, 90, 3, 4), Displaced(40, 40, 0, 0), Displaced(50, 50, 0, 0)};
     const AlignmentEvaluation evaluation =
-        evaluateAlignment(pairs, 1, -3, kReference, EvaluationDepth::kCountOnly);
+        Vote(pairs)->evaluateAlignment(1, -3, kReference, EvaluationDepth::kCountOnly);
     EXPECT_EQ(evaluation, (AlignmentEvaluation{.count = 3, .anchor = 1, .rotation = -3}));
-}
-
-MatchContext ContextOf(const std::vector<MinutiaPair>& pairs) {
-    MatchContext context;
-    context.minutiaPairs = pairs;
-    context.reference.firstMinutiaCount = 10;
-    context.reference.secondMinutiaCount = 20;
-    return context;
 }
 
 // Four pairs at one spot whose directions differ by `turn` steps: every rotation near it agrees.
@@ -219,51 +255,73 @@ std::vector<MinutiaPair> FourAtOneSpot(int turn) {
     return {pair, pair, pair, pair};
 }
 
+// Two pairs of the given directions whose positions agree under one rotation only.
+std::vector<MinutiaPair> TwoLyingAt(std::uint8_t first, std::uint8_t second, int rotation) {
+    constexpr double kRadiansPerStep = 2 * 3.14159265358979323846 / 255;
+    const auto x =
+        static_cast<std::uint8_t>(std::lround(100 + 60 * std::cos(rotation * kRadiansPerStep)));
+    const auto y =
+        static_cast<std::uint8_t>(std::lround(100 + 60 * std::sin(rotation * kRadiansPerStep)));
+    return {{{100, 100, first, 0}, {100, 100, second, 0}},
+            {{160, 100, first, 0}, {x, y, second, 0}}};
+}
+
+struct RotationCase {
+    std::uint8_t first, second;
+    int straight, opposite;
+};
+
+constexpr RotationCase kRotationCases[] = {{30, 20, -10, 118},
+                                           {0, 255, 255, 127},    // 383 - 256
+                                           {255, 0, -255, 129},   // -127 + 256
+                                           {200, 50, -150, 234},  // -22 + 256
+                                           {50, 178, 128, 0},
+                                           {7, 7, 0, 128}};
+
 // Deliberate: the first rotation of a pair is not reduced, the second one is.
 TEST(FindBestAlignment, KeepsANegativeRotationAndReducesItsOpposite) {
-    MatchContext context = ContextOf({{{90, 90, 30, 0}, {90, 90, 20, 0}}});
-    findBestAlignment(context);
-    ASSERT_EQ(context.hypotheses.size(), 2U);
-    EXPECT_EQ(context.hypotheses[0].rotation, -10);
-    EXPECT_EQ(context.hypotheses[1].rotation, 118);  // -10 + 128
+    const AlignmentHypothesis straight = Vote(TwoLyingAt(30, 20, -10))->findBestAlignment();
+    EXPECT_EQ(straight.rotation, -10);
+    EXPECT_EQ(straight.count, 2);
+    const AlignmentHypothesis opposite = Vote(TwoLyingAt(30, 20, 118))->findBestAlignment();
+    EXPECT_EQ(opposite.rotation, 118);  // -10 + 128
+    EXPECT_EQ(opposite.count, 2);
 }
 
 TEST(FindBestAlignment, ReducesTheOppositeRotationInto0To255) {
-    struct Case {
-        std::uint8_t first, second;
-        std::int16_t straight, opposite;
-    };
-    for (const Case& c : {Case{0, 255, 255, 127},    // 383 - 256
-                          Case{255, 0, -255, 129},   // -127 + 256
-                          Case{200, 50, -150, 234},  // -22 + 256
-                          Case{50, 178, 128, 0},
-                          Case{7, 7, 0, 128}}) {
-        MatchContext context = ContextOf({{{90, 90, c.first, 0}, {90, 90, c.second, 0}}});
-        findBestAlignment(context);
-        EXPECT_EQ(context.hypotheses.at(0).rotation, c.straight);
-        EXPECT_EQ(context.hypotheses.at(1).rotation, c.opposite);
+    for (const RotationCase& c : kRotationCases) {
+        for (const int wanted : {c.straight, c.opposite}) {
+            const AlignmentHypothesis best =
+                Vote(TwoLyingAt(c.first, c.second, wanted))->findBestAlignment();
+            EXPECT_EQ(best.rotation, wanted);
+            EXPECT_EQ(best.count, 2) << wanted;
+            EXPECT_EQ(best.anchor, 0U) << wanted;
+        }
     }
 }
 
-TEST(FindBestAlignment, MakesTwoHypothesesForEachPairAndRanksThemByCount) {
-    // The middle pair lies apart from the others, which agree with each other.
-    MatchContext context =
-        ContextOf({Displaced(40, 40, 0, 0), Displaced(90, 90, 60, 60), Displaced(41, 40, 0, 0)});
-    const AlignmentEvaluation best = findBestAlignment(context);
-    ASSERT_EQ(context.hypotheses.size(), 6U);
-    // Each of the two agrees with the other at rotations 0 and 128 alike: they are a step apart.
-    const std::vector<std::uint32_t> anchors = {0, 0, 2, 2, 1, 1};
-    const std::vector<std::int32_t> counts = {2, 2, 2, 2, 1, 1};
-    for (std::size_t i = 0; i < anchors.size(); ++i) {
-        EXPECT_EQ(context.hypotheses[i].anchor, anchors[i]) << i;
-        EXPECT_EQ(context.hypotheses[i].count, counts[i]) << i;
-        EXPECT_EQ(context.hypotheses[i].rotation, i % 2 == 0 ? 0 : 128) << i;
+TEST(FindBestAlignment, TakesTheStraightRotationOfASinglePair) {
+    for (const RotationCase& c : kRotationCases) {
+        const AlignmentHypothesis best =
+            Vote(std::vector<MinutiaPair>{{{90, 90, c.first, 0}, {90, 90, c.second, 0}}})
+                ->findBestAlignment();
+        EXPECT_EQ(best.rotation, c.straight);
+        EXPECT_EQ(best.count, 1);
+        EXPECT_EQ(best.anchor, 0U);
     }
-    EXPECT_EQ(best.anchor, 0U);
+}
+
+TEST(FindBestAlignment, TakesTheFirstOfThePairsThatAgreeBest) {
+    // The first pair lies apart from the others, which agree with each other, a step apart.
+    const AlignmentHypothesis best =
+        Vote({Displaced(90, 90, 60, 60), Displaced(40, 40, 0, 0), Displaced(41, 40, 0, 0)})
+            ->findBestAlignment();
+    EXPECT_EQ(best.anchor, 1U);
     EXPECT_EQ(best.rotation, 0);
+    EXPECT_EQ(best.count, 2);
 }
 
-TEST(FindBestAlignment, KeepsTheOrderOfManyHypothesesOfEqualCount) {
+TEST(FindBestAlignment, TakesTheFirstOfManyHypothesesOfEqualCount) {
     // Spots 60 apart in the second finger and all at one place in the first: none agree.
     std::vector<MinutiaPair> pairs;
     for (int i = 0; i < 16; ++i) {
@@ -273,38 +331,53 @@ TEST(FindBestAlignment, KeepsTheOrderOfManyHypothesesOfEqualCount) {
                           50,
                           0}});
     }
-    MatchContext context = ContextOf(pairs);
-    const AlignmentEvaluation best = findBestAlignment(context);
-    ASSERT_EQ(context.hypotheses.size(), 32U);
-    for (std::uint32_t i = 0; i < 32; ++i) {
-        EXPECT_EQ(context.hypotheses[i].count, 1) << i;
-        EXPECT_EQ(context.hypotheses[i].anchor, i / 2) << i;
-        EXPECT_EQ(context.hypotheses[i].rotation, i % 2 == 0 ? 0 : 128) << i;
-    }
+    const AlignmentHypothesis best = Vote(pairs)->findBestAlignment();
+    EXPECT_EQ(best.count, 1);
     EXPECT_EQ(best.anchor, 0U);
+    EXPECT_EQ(best.rotation, 0);
+}
+
+// The bound of the last pair promises more than its count holds: it lies near enough in its bound's
+// coarser measure only.
+TEST(FindBestAlignment, IsNotLedAstrayByABoundAboveTheCount) {
+    std::vector<MinutiaPair> pairs = {Displaced(40, 40, 0, 0), Displaced(60, 60, 0, 0)};
+    for (int i = 0; i < 5; ++i) {
+        // Turns 36 and more apart pass the coarse stretch of turns, not the relative test.
+        pairs.push_back(Displaced(60 + i, 150, 0, 0));
+        pairs.back().second.angle =
+            static_cast<std::uint8_t>(50 + (i % 2 == 0 ? 18 : -18) * (i + 1));
+    }
+    const Vote vote(pairs);
+    const AlignmentHypothesis best = vote->findBestAlignment();
+    const auto plain = naive::BestAlignment(test::AsPlain(pairs), 10, 20, false);
+    EXPECT_GT(vote->countBound(), best.count);
+    EXPECT_EQ(best.count, plain.count);
+    EXPECT_EQ(best.anchor, plain.anchor);
+    EXPECT_EQ(best.rotation, plain.rotation);
 }
 
 TEST(FindBestAlignment, ReachesNoMoreThanThreeWithThreePairs) {
     std::vector<MinutiaPair> pairs = FourAtOneSpot(0);
     pairs.pop_back();
-    MatchContext context = ContextOf(pairs);
-    const AlignmentEvaluation best = findBestAlignment(context);
-    EXPECT_EQ(best.count, 3);
-    EXPECT_LT(best.count, kMinAgreeingPairs);
-    EXPECT_EQ(best.coverage, 0.0F);  // no statistics for what is no evidence
+    const Vote vote(pairs);
+    EXPECT_EQ(vote->findBestAlignment().count, 3);
+    EXPECT_LT(vote->findBestAlignment().count, kMinAgreeingPairs);
+    EXPECT_EQ(vote->countBound(), 3);
+    EXPECT_EQ(vote->anyRotationCountBound(), 3);
 }
 
-TEST(FindBestAlignment, MeasuresTheBestHypothesisAgainstTheBoxOfAllPairs) {
-    std::vector<MinutiaPair> pairs = {Displaced(40, 40, 0, 0),
-                                      Displaced(49, 40, 0, 0),
-                                      Displaced(40, 59, 0, 0),
-                                      Displaced(49, 59, 0, 0),
-                                      Displaced(79, 40, 80, 100)};
-    MatchContext context = ContextOf(pairs);
-    const AlignmentEvaluation best = findBestAlignment(context);
+TEST(AlignmentReference, MeasuresTheBoxOfAllPairs) {
+    const Vote vote({Displaced(40, 40, 0, 0),
+                     Displaced(49, 40, 0, 0),
+                     Displaced(40, 59, 0, 0),
+                     Displaced(49, 59, 0, 0),
+                     Displaced(79, 40, 80, 100)});
     // First box 40..79 by 40..59: 40 * 20; second box 40..159 by 40..140: 120 * 101.
-    EXPECT_EQ(context.reference.firstArea, 800.0F);
-    EXPECT_EQ(context.reference.secondArea, 12120.0F);
+    EXPECT_EQ(vote.reference().firstArea, 800.0F);
+    EXPECT_EQ(vote.reference().secondArea, 12120.0F);
+    EXPECT_EQ(vote.reference().firstMinutiaCount, 10U);
+    EXPECT_EQ(vote.reference().secondMinutiaCount, 20U);
+    const AlignmentEvaluation best = vote.best();
     EXPECT_EQ(best.count, 4);
     EXPECT_EQ(best.anchor, 0U);
     EXPECT_EQ(best.matchedRatio, 0.4F);  // 4 of 10
@@ -312,15 +385,24 @@ TEST(FindBestAlignment, MeasuresTheBestHypothesisAgainstTheBoxOfAllPairs) {
     EXPECT_EQ(best.coverage, (200.0F / 800.0F + 200.0F / 12120.0F) * 0.5F);
 }
 
+TEST(AlignmentReference, MeasuresASinglePairAsOneGridUnitAndTheWholeGridAs65536) {
+    const AlignmentReference one = alignmentReference(std::vector{Displaced(255, 0, 0, 9)}, 1, 2);
+    EXPECT_EQ(one.firstArea, 1.0F);
+    EXPECT_EQ(one.secondArea, 1.0F);
+    const AlignmentReference whole = alignmentReference(
+        std::vector{Displaced(0, 255, 255, -255), Displaced(255, 0, -255, 255)}, 1, 2);
+    EXPECT_EQ(whole.firstArea, 65536.0F);
+    EXPECT_EQ(whole.secondArea, 65536.0F);
+}
+
 TEST(RefineAlignment, KeepsTheEarlierEvaluationOnFullTies) {
-    MatchContext context = ContextOf(FourAtOneSpot(-10));
-    AlignmentEvaluation best = findBestAlignment(context);
-    ASSERT_EQ(best.count, 4);
-    ASSERT_EQ(best.rotation, -10);
+    const Vote vote(FourAtOneSpot(-10));
+    ASSERT_EQ(vote.best().count, 4);
+    ASSERT_EQ(vote.best().rotation, -10);
     // A turn by 0 gives rotation 246 with the same figures.
-    refineAlignment(context, best);
-    EXPECT_EQ(best.rotation, -10);
-    EXPECT_EQ(best.anchor, 0U);
+    const AlignmentEvaluation refined = vote.refined();
+    EXPECT_EQ(refined.rotation, -10);
+    EXPECT_EQ(refined.anchor, 0U);
 }
 
 TEST(RefineAlignment, ReplacesTheWholeEvaluationByAStrictlyBetterOne) {
@@ -328,19 +410,18 @@ TEST(RefineAlignment, ReplacesTheWholeEvaluationByAStrictlyBetterOne) {
     // (100, 0) to (91, 41).
     std::vector<MinutiaPair> pairs = FourAtOneSpot(0);
     pairs.push_back({{190, 90, 100, 0}, {181, 131, 100, 0}});
-    MatchContext context = ContextOf(pairs);
-    AlignmentEvaluation best = findBestAlignment(context);
-    ASSERT_EQ(best.count, 4);
-    refineAlignment(context, best);
-    EXPECT_EQ(best.count, 5);
-    EXPECT_EQ(best.anchor, 0U);
+    const Vote vote(pairs);
+    ASSERT_EQ(vote.best().count, 4);
+    const AlignmentEvaluation refined = vote.refined();
+    EXPECT_EQ(refined.count, 5);
+    EXPECT_EQ(refined.anchor, 0U);
     // The far pair comes within 18 units of its place from step 10 on: 9 steps are 0.201 radians
     // short, 20 units; 10 steps are 0.177 short, 17.7 units. Steps beyond only worsen the angles.
-    EXPECT_EQ(best.rotation, 10);
-    EXPECT_EQ(best.distanceMedian, 0.0F);   // of 0, 0, 0 and 17.7
-    EXPECT_EQ(best.angleMedian, 14.0625F);  // 10 steps
-    EXPECT_EQ(best.matchedRatio, 0.5F);
-    EXPECT_EQ(best.coverage, 1.0F);
+    EXPECT_EQ(refined.rotation, 10);
+    EXPECT_EQ(refined.distanceMedian, 0.0F);   // of 0, 0, 0 and 17.7
+    EXPECT_EQ(refined.angleMedian, 14.0625F);  // 10 steps
+    EXPECT_EQ(refined.matchedRatio, 0.5F);
+    EXPECT_EQ(refined.coverage, 1.0F);
 }
 
 TEST(RefineAlignment, PrefersTheGreaterCoverageAtEqualCountAndRatio) {
@@ -349,72 +430,79 @@ TEST(RefineAlignment, PrefersTheGreaterCoverageAtEqualCountAndRatio) {
     std::vector<MinutiaPair> pairs = FourAtOneSpot(0);
     pairs.push_back({{190, 90, 100, 0}, {181, 131, 100, 0}});
     pairs.push_back({{130, 90, 100, 0}, {120, 63, 100, 0}});
-    MatchContext context = ContextOf(pairs);
-    AlignmentEvaluation best = findBestAlignment(context);
-    refineAlignment(context, best);
-    EXPECT_EQ(best.count, 5);
-    EXPECT_EQ(best.rotation, 10);
+    const AlignmentEvaluation refined = Vote(pairs).refined();
+    EXPECT_EQ(refined.count, 5);
+    EXPECT_EQ(refined.rotation, 10);
 }
 
 TEST(RefineAlignment, ReachesNoFurtherThan17Steps) {
     // 30 steps round (0.74 radians): from (100, 0) to (74, 67); 13 steps short is 32 units off.
     std::vector<MinutiaPair> pairs = FourAtOneSpot(0);
     pairs.push_back({{190, 90, 100, 0}, {164, 157, 100, 0}});
-    MatchContext context = ContextOf(pairs);
-    AlignmentEvaluation best = findBestAlignment(context);
-    refineAlignment(context, best);
-    EXPECT_EQ(best.count, 4);
-    EXPECT_EQ(best.rotation, 0);
+    const AlignmentEvaluation refined = Vote(pairs).refined();
+    EXPECT_EQ(refined.count, 4);
+    EXPECT_EQ(refined.rotation, 0);
+}
+
+// Pairs that agree under a rotation of 15 steps (0.37 radians) while their directions ask for none;
+// 60 grid units and more apart, so that without it each is 22 off for every other.
+std::vector<MinutiaPair> SevenRoundBy15Steps() {
+    std::vector<MinutiaPair> pairs;
+    const double angle = 15 * 2 * 3.14159265358979323846 / 255;
+    for (const auto& [x, y] :
+         {std::pair{-60, -60}, {0, -60}, {60, -60}, {-60, 0}, {60, 0}, {-60, 60}, {0, 60}}) {
+        const double turnedX = 128 + x * std::cos(angle) - y * std::sin(angle);
+        const double turnedY = 128 + x * std::sin(angle) + y * std::cos(angle);
+        pairs.push_back(
+            {{static_cast<std::uint8_t>(128 + x), static_cast<std::uint8_t>(128 + y), 30, 0},
+             {static_cast<std::uint8_t>(std::lround(turnedX)),
+              static_cast<std::uint8_t>(std::lround(turnedY)),
+              30,
+              0}});
+    }
+    return pairs;
 }
 
 TEST(RefineAlignment, TriesTheTenBestHypothesesOnly) {
-    // Pair 4 is alone; as an anchor it agrees with nothing, so count 4 marks another anchor.
-    std::vector<MinutiaPair> pairs = FourAtOneSpot(0);
-    pairs.push_back({{190, 90, 100, 0}, {20, 20, 100, 0}});
-    for (std::size_t goodRank : {9U, 10U}) {
-        MatchContext context = ContextOf(pairs);
-        context.hypotheses.assign(11, {1, 4, 0});
-        context.hypotheses[goodRank] = {4, 0, 0};
-        AlignmentEvaluation best{.count = 1, .anchor = 4};
-        refineAlignment(context, best);
-        EXPECT_EQ(best.count, goodRank == 9 ? 4 : 1) << "good hypothesis at rank " << goodRank;
+    // Pairs at one spot agree with each other under every hypothesis of theirs, two a pair, and
+    // come first. Their turn is 100 steps off that of the seven, so no alignment has pairs of both.
+    for (const std::size_t atOneSpot : {4U, 5U}) {
+        std::vector<MinutiaPair> pairs(atOneSpot, {{90, 90, 100, 0}, {90, 90, 200, 0}});
+        const auto seven = SevenRoundBy15Steps();
+        pairs.insert(pairs.end(), seven.begin(), seven.end());
+        const Vote vote(pairs);
+        ASSERT_EQ(vote.best().count, static_cast<int>(atOneSpot));
+        // Four pairs leave ranks 9 and 10 to the first of the seven; five leave none.
+        const AlignmentEvaluation refined = vote.refined();
+        EXPECT_EQ(refined.count, atOneSpot == 4 ? 7 : 5);
+        EXPECT_EQ(refined.anchor, atOneSpot == 4 ? 4U : 0U);
     }
 }
 
 TEST(RefineAlignment, RoundsItsStepsHalfAwayFromZeroAndReducesThem) {
-    // One pair, so each of the 25 steps ties but for the direction; a second pair at the spot whose
-    // direction asks for exactly one rotation lets the angle median pick it.
+    // Two pairs at one spot, the second one's direction asking for exactly one rotation, which the
+    // angle median then picks.
     // Degrees * 256 / 360 rounded: 2 gives 1.42 -> 1, 4: 2.84 -> 3, 6: 4.27 -> 4, 10: 7.11 -> 7,
     // 24: 17.07 -> 17, -2: -1.42 -> -1, -24 -> -17.
-    for (int steps : {1, 3, 4, 7, 17, -1, -17}) {
+    const auto refinedFor = [](int steps) {
         const TriangleVertex spot = {90, 90, 100, 0};
         const TriangleVertex turned = {90, 90, static_cast<std::uint8_t>(100 + steps), 0};
-        MatchContext context = ContextOf({{spot, spot}, {spot, turned}});
-        context.hypotheses = {{2, 0, 0}};
-        AlignmentEvaluation best{};
-        refineAlignment(context, best);
-        EXPECT_EQ(best.count, 2);
-        EXPECT_EQ(best.angleMedian, 0.0F) << steps;
-        EXPECT_EQ(best.rotation, (steps + 256) % 256);
+        return Vote({{spot, spot}, {spot, turned}}).refined();
+    };
+    for (int steps : {1, 3, 4, 7, 17, -1, -17}) {
+        const AlignmentEvaluation refined = refinedFor(steps);
+        EXPECT_EQ(refined.count, 2);
+        EXPECT_EQ(refined.angleMedian, 0.0F) << steps;
+        EXPECT_EQ(refined.anchor, 0U) << steps;
+        EXPECT_EQ(refined.rotation, (steps + 256) % 256);
     }
     for (int steps : {2, 5, 18, -18}) {  // between the steps or beyond them
-        const TriangleVertex spot = {90, 90, 100, 0};
-        const TriangleVertex turned = {90, 90, static_cast<std::uint8_t>(100 + steps), 0};
-        MatchContext context = ContextOf({{spot, spot}, {spot, turned}});
-        context.hypotheses = {{2, 0, 0}};
-        AlignmentEvaluation best{};
-        refineAlignment(context, best);
-        EXPECT_EQ(best.angleMedian, 1.40625F) << steps;
+        EXPECT_EQ(refinedFor(steps).angleMedian, 1.40625F) << steps;
     }
 }
 
-struct Consolidated {
-    MatchContext context;
-    std::vector<naive::MinutiaPair> pairs;
-};
-
-// The consolidated pairs of a random finger and another impression of it, for both matchers.
-Consolidated ConsolidatedPairs(std::mt19937& random, int jitterPixels) {
+// The consolidated pairs of a random finger and another impression of it.
+std::vector<MinutiaPair> ConsolidatedPairs(std::mt19937& random, int jitterPixels) {
     const MinutiaList finger = test::RandomMinutiaList(random, 30);
     const MinutiaList other =
         test::Impression(random,
@@ -424,20 +512,27 @@ Consolidated ConsolidatedPairs(std::mt19937& random, int jitterPixels) {
                           .jitterDegrees = jitterPixels,
                           .lostPercent = 30,
                           .added = 6});
-    const FingerFeatures first = test::BuiltFinger(finger);
-    const FingerFeatures second = test::BuiltFinger(other);
-    Consolidated result;
-    result.context.firstTriangles = first.triangles;
-    searchTrianglePairs(result.context, second.triangles);
-    consolidatePairs(result.context);
-    result.context.reference.firstMinutiaCount = first.minutiaCount;
-    result.context.reference.secondMinutiaCount = second.minutiaCount;
-    for (const MinutiaPair& pair : result.context.minutiaPairs) {
-        result.pairs.emplace_back(pair.first, pair.second);
+    auto fingers = test::SearchedFingers(test::BuiltFinger(finger), test::BuiltFinger(other));
+    consolidatePairs(fingers.context(), 0);
+    return test::Copied(fingers.context().minutiaPairs);
+}
+
+// Pairs whose positions and directions crowd about the limits of agreement.
+std::vector<MinutiaPair> CrowdedPairs(std::mt19937& random, std::size_t count, unsigned extent) {
+    const auto below = [&](unsigned limit) { return static_cast<int>(random() % limit); };
+    const auto byte = [](int value) { return static_cast<std::uint8_t>(value); };
+    const int turn = below(256);
+    std::vector<MinutiaPair> pairs;
+    for (std::size_t i = 0; i < count; ++i) {
+        const TriangleVertex first = {
+            byte(below(extent)), byte(below(extent)), byte(below(256)), 0};
+        const TriangleVertex second = {byte(std::min(first.x + below(25), 255)),
+                                       byte(std::min(first.y + below(25), 255)),
+                                       byte(first.angle + turn + below(48)),
+                                       0};
+        pairs.push_back({first, second});
     }
-    result.context.firstTriangles = {};  // they end with this function
-    result.context.trianglePairs.clear();
-    return result;
+    return pairs;
 }
 
 void ExpectEqual(const AlignmentEvaluation& actual, const naive::Evaluation& expected) {
@@ -450,26 +545,51 @@ void ExpectEqual(const AlignmentEvaluation& actual, const naive::Evaluation& exp
     EXPECT_EQ(actual.matchedRatio, expected.matchedRatio);
 }
 
+// The evaluation looks only at pairs of about the anchor's turn, whatever the rotation: the
+// relative direction test does not depend on it and bars all others.
+void ExpectPlainEvaluations(const Vote& vote, std::mt19937& random, int rotationStep) {
+    const auto plainPairs = test::AsPlain(vote.pairs());
+    for (int rotation = -255; rotation <= 255; rotation += rotationStep) {
+        const std::size_t anchor = random() % vote.pairs().size();
+        SCOPED_TRACE(testing::Message() << "rotation " << rotation << ", anchor " << anchor);
+        ExpectEqual(vote.evaluated(anchor, rotation),
+                    naive::Evaluate(plainPairs, anchor, rotation, 10, 20));
+    }
+}
+
 TEST(Alignment, AgreesWithThePlainEvaluationForEveryRotation) {
     std::mt19937 random(4711);
-    Consolidated data = ConsolidatedPairs(random, 4);
-    ASSERT_GT(data.pairs.size(), 10U);
-    findBestAlignment(data.context);
-    const AlignmentReference& reference = data.context.reference;
-    for (int rotation = -255; rotation <= 255; ++rotation) {
-        const std::size_t anchor = random() % data.pairs.size();
-        SCOPED_TRACE(testing::Message() << "rotation " << rotation << ", anchor " << anchor);
-        ExpectEqual(evaluateAlignment(data.context.minutiaPairs,
-                                      static_cast<std::uint32_t>(anchor),
-                                      static_cast<std::int16_t>(rotation),
-                                      reference,
-                                      EvaluationDepth::kWithStatistics),
-                    naive::Evaluate(data.pairs,
-                                    anchor,
-                                    rotation,
-                                    reference.firstMinutiaCount,
-                                    reference.secondMinutiaCount));
+    const Vote vote(ConsolidatedPairs(random, 4));
+    ASSERT_GT(vote.pairs().size(), 10U);
+    ExpectPlainEvaluations(vote, random, 1);
+}
+
+TEST(Alignment, AgreesWithThePlainEvaluationOnPairsOfAnyDirections) {
+    for (std::uint32_t seed = 0; seed < 40; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        const unsigned extent = seed % 4 == 0 ? 256 : seed % 4 == 1 ? 60 : seed % 4 == 2 ? 12 : 1;
+        const Vote vote(CrowdedPairs(random, 1 + random() % 90, extent));
+        ExpectPlainEvaluations(vote, random, 7);
     }
+}
+
+TEST(Alignment, BoundsItsCountsFromAbove) {
+    int tight = 0;
+    for (std::uint32_t seed = 0; seed < 40; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        const Vote vote(CrowdedPairs(random, 1 + random() % 60, seed % 2 == 0 ? 200 : 20));
+        const AlignmentHypothesis best = vote->findBestAlignment();
+        EXPECT_GE(vote->countBound(), best.count);
+        EXPECT_GE(vote->anyRotationCountBound(), vote->countBound());
+        tight += vote->countBound() == best.count ? 1 : 0;
+        for (int rotation = -255; rotation <= 255; rotation += 17) {
+            const std::size_t anchor = random() % vote.pairs().size();
+            EXPECT_GE(vote->anyRotationCountBound(), vote.evaluated(anchor, rotation).count);
+        }
+    }
+    EXPECT_GT(tight, 2);
 }
 
 TEST(Alignment, AgreesWithThePlainSearchAndRefinement) {
@@ -477,22 +597,17 @@ TEST(Alignment, AgreesWithThePlainSearchAndRefinement) {
     for (std::uint32_t seed = 0; seed < 24; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         std::mt19937 random(seed);
-        Consolidated data = ConsolidatedPairs(random, 2 + static_cast<int>(seed % 8));
-        AlignmentEvaluation best = findBestAlignment(data.context);
-        const AlignmentReference& reference = data.context.reference;
+        const std::vector<MinutiaPair> pairs =
+            seed < 16 ? ConsolidatedPairs(random, 2 + static_cast<int>(seed % 8))
+                      : CrowdedPairs(random, 40, seed % 2 == 0 ? 200 : 30);
+        ASSERT_FALSE(pairs.empty());
+        const Vote vote(pairs);
         const auto plain = [&](bool refine) {
-            return naive::BestAlignment(
-                data.pairs, reference.firstMinutiaCount, reference.secondMinutiaCount, refine);
+            return naive::BestAlignment(test::AsPlain(pairs), 10, 20, refine);
         };
-        if (best.count < kMinAgreeingPairs) {
-            EXPECT_EQ(best.count, plain(false).count);
-            continue;
-        }
-        ExpectEqual(best, plain(false));
-        const AlignmentEvaluation unrefined = best;
-        refineAlignment(data.context, best);
-        ExpectEqual(best, plain(true));
-        refinedForTheBetter += best == unrefined ? 0 : 1;
+        ExpectEqual(vote.best(), plain(false));
+        ExpectEqual(vote.refined(), plain(true));
+        refinedForTheBetter += vote.best() == vote.refined() ? 0 : 1;
     }
     EXPECT_GT(refinedForTheBetter, 5);
 }

@@ -1,5 +1,7 @@
 #include "matcher/matching/match_driver.h"
 
+#include <algorithm>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -7,7 +9,7 @@
 
 #include "matcher/features/triangle_feature.h"
 #include "matcher/matching/match_context.h"
-#include "matcher/matching/orientation.h"
+#include "tests/matcher/matching/searched_fingers.h"
 #include "tests/support/naive_matching.h"
 #include "tests/support/synthetic_fingers.h"
 
@@ -26,31 +28,17 @@ FingerFeatures RandomFinger(std::uint32_t seed, std::size_t minutiae = 40) {
 }
 
 FingerFeatures Turned(const FingerFeatures& finger, std::uint32_t quarterTurns) {
-    return {finger.minutiaCount, orientationCopy(finger.triangles, quarterTurns)};
+    return {finger.minutiaCount, naive::Turned(finger.triangles, static_cast<int>(quarterTurns))};
 }
 
-// A result in which every field differs from zero.
-FingerMatchResult Leftover() {
-    return {.score = 9,
-            .pairCount = 9,
-            .matchedCount = 9,
-            .rotationDegrees = 9.0F,
-            .orientation = 3,
-            .distanceMedian = 9.0F,
-            .angleMedian = 9.0F,
-            .coverage = 0.9F,
-            .matchedRatio = 0.9F,
-            .refined = 1};
-}
-
-// The finger match of `first` against `second` in orientation 2, written over an older result.
-FingerMatchResult MatchedOverALeftover(const FingerFeatures& first, const FingerFeatures& second) {
-    MatchContext context;
-    context.firstTriangles = first.triangles;
-    context.firstMinutiaCount = first.minutiaCount;
-    FingerMatchResult result = Leftover();
-    matchFinger(context, result, second.triangles, second.minutiaCount, 2);
-    return result;
+// The whole result of `first` against `second` in an orientation.
+FingerMatchResult Matched(const FingerFeatures& first,
+                          const FingerFeatures& second,
+                          std::size_t orientation) {
+    auto fingers = test::SearchedFingers(first, second);
+    const auto result = matchFinger(fingers.context(), orientation, nullptr);
+    EXPECT_TRUE(result.has_value());
+    return result.value_or(FingerMatchResult{});
 }
 
 TEST(MatchTemplates, GivesScoreZeroForATemplateWithoutFingers) {
@@ -195,9 +183,9 @@ TEST(MatchFinger, LeavesAllFieldsZeroWithFewerThanThreeTrianglePairs) {
     FingerFeatures finger = FourMinutiae();
     finger.triangles.pop_back();
     ASSERT_EQ(naive::SearchTrianglePairs(finger.triangles, finger.triangles).size(), 2U);
-    EXPECT_EQ(MatchedOverALeftover(finger, finger), FingerMatchResult{});
-    EXPECT_EQ(MatchedOverALeftover({4, {}}, finger), FingerMatchResult{});
-    EXPECT_EQ(MatchedOverALeftover(finger, {4, {}}), FingerMatchResult{});
+    EXPECT_EQ(Matched(finger, finger, 0), FingerMatchResult{});
+    EXPECT_EQ(Matched({4, {}}, finger, 0), FingerMatchResult{});
+    EXPECT_EQ(Matched(finger, {4, {}}, 0), FingerMatchResult{});
 }
 
 TEST(MatchFinger, LeavesAllFieldsZeroWithFewerThanThreeMinutiaPairs) {
@@ -206,7 +194,7 @@ TEST(MatchFinger, LeavesAllFieldsZeroWithFewerThanThreeMinutiaPairs) {
         MakeTriangleFeature({10, 10, 5, 0}, {10, 10, 5, 0}, {60, 10, 5, 0});
     const FingerFeatures finger = {3, {thin, thin, thin}};
     ASSERT_GE(naive::SearchTrianglePairs(finger.triangles, finger.triangles).size(), 3U);
-    EXPECT_EQ(MatchedOverALeftover(finger, finger), FingerMatchResult{});
+    EXPECT_EQ(Matched(finger, finger, 0), FingerMatchResult{});
 }
 
 TEST(MatchFinger, LeavesAllFieldsZeroWithFewerThanFourAgreeingPairs) {
@@ -216,12 +204,12 @@ TEST(MatchFinger, LeavesAllFieldsZeroWithFewerThanFourAgreeingPairs) {
     const FingerFeatures finger = {3, {wide, wide, wide}};
     const auto pairs = naive::SearchTrianglePairs(finger.triangles, finger.triangles);
     ASSERT_EQ(naive::Consolidate(pairs, finger.triangles, finger.triangles).size(), 3U);
-    EXPECT_EQ(MatchedOverALeftover(finger, finger), FingerMatchResult{});
+    EXPECT_EQ(Matched(finger, finger, 0), FingerMatchResult{});
 }
 
 TEST(MatchFinger, ReportsTheOrientationThatItWasTold) {
     const FingerFeatures finger = FourMinutiae();
-    const FingerMatchResult result = MatchedOverALeftover(finger, finger);
+    const FingerMatchResult result = Matched(finger, Turned(finger, 2), 2);
     EXPECT_EQ(result.score, 232);
     EXPECT_EQ(result.orientation, 2U);
 }
@@ -229,39 +217,112 @@ TEST(MatchFinger, ReportsTheOrientationThatItWasTold) {
 TEST(MatchFinger, CountsNoScoreForAFingerWithoutMinutiaeButReportsTheAlignment) {
     FingerFeatures finger = FourMinutiae();
     finger.minutiaCount = 0;
-    const FingerMatchResult result = MatchedOverALeftover(finger, finger);
+    const FingerMatchResult result = Matched(finger, finger, 0);
     EXPECT_EQ(result.score, 0);
     EXPECT_EQ(result.matchedCount, 4);
     EXPECT_EQ(result.matchedRatio, 1.0F);  // 4 over 1, cut to 1
     EXPECT_EQ(result.refined, 0U);
 }
 
-TEST(MatchFingerAllOrientations, ReturnsTheNewScoreAndKeepsTheBetterResult) {
+TEST(MatchFinger, GivesTheSameFiguresHoweverOftenAndInWhateverOrderItIsAsked) {
+    std::mt19937 random(72);
+    const MinutiaList list = test::RandomMinutiaList(random, 30);
+    const FingerFeatures first = test::BuiltFinger(list);
+    const FingerFeatures second = test::BuiltFinger(
+        test::Impression(random, list, {.rotationDegrees = 95.0, .jitterPixels = 5}));
+    auto fingers = test::SearchedFingers(first, second);
+    for (const int turns : {3, 0, 2, 1, 0, 3}) {
+        EXPECT_EQ(matchFinger(fingers.context(), static_cast<std::size_t>(turns), nullptr),
+                  naive::MatchFinger(first, second, turns))
+            << turns;
+    }
+}
+
+// A result with other figures than the given one's, each a little more or less, now and then equal.
+FingerMatchResult Near(std::mt19937& random, FingerMatchResult result) {
+    const auto moved = [&](std::uint16_t value) {
+        const int change = static_cast<int>(random() % 5) - 2;
+        return static_cast<std::uint16_t>(std::max(0, value + (random() % 3 == 0 ? change : 0)));
+    };
+    result.score = moved(result.score);
+    result.score = random() % 4 == 0 ? static_cast<std::uint16_t>(random() % 1001) : result.score;
+    result.matchedCount = moved(result.matchedCount);
+    result.matchedRatio *= random() % 3 == 0 ? 0.9F : 1.0F;
+    result.coverage *= random() % 3 == 0 ? 1.1F : 1.0F;
+    result.distanceMedian += random() % 2 == 0 ? 0.1F : 0.0F;
+    return result;
+}
+
+TEST(MatchFinger, ReturnsNothingOnlyWhenTheResultIsNotBetter) {
+    int returned = 0;
+    int spared = 0;
+    for (std::uint32_t seed = 800; seed < 840; ++seed) {
+        std::mt19937 random(seed);
+        const MinutiaList list = test::RandomMinutiaList(random, 6 + random() % 25);
+        const FingerFeatures first = test::BuiltFinger(list);
+        const FingerFeatures second = test::BuiltFinger(
+            test::Impression(random,
+                             list,
+                             {.rotationDegrees = static_cast<double>(random() % 40),
+                              .jitterPixels = static_cast<int>(random() % 12),
+                              .jitterDegrees = static_cast<int>(random() % 16),
+                              .lostPercent = static_cast<int>(random() % 40),
+                              .added = 3 + random() % 6}));
+        auto fingers = test::SearchedFingers(first, second);
+        for (int turns = 0; turns < 4; ++turns) {
+            SCOPED_TRACE(testing::Message() << "seed " << seed << ", " << turns << " turns");
+            const FingerMatchResult expected = naive::MatchFinger(first, second, turns);
+            for (int i = 0; i < 12; ++i) {
+                const FingerMatchResult best = Near(random, expected);
+                const auto result =
+                    matchFinger(fingers.context(), static_cast<std::size_t>(turns), &best);
+                if (result) {
+                    ASSERT_EQ(*result, expected);
+                    ++returned;
+                } else {
+                    ASSERT_FALSE(IsBetterMatch(expected, best));
+                    ++spared;
+                }
+            }
+        }
+    }
+    EXPECT_GT(returned, 100);
+    EXPECT_GT(spared, 100);
+}
+
+TEST(MatchFingerAllOrientations, TellsWhetherItFoundABetterResult) {
     const FingerFeatures finger = RandomFinger(70);
-    const FingerFeatures second = Turned(finger, 1);
-    MatchContext context;
-    context.firstTriangles = finger.triangles;
-    context.firstMinutiaCount = finger.minutiaCount;
-    context.secondFinger = &second;
-    EXPECT_LT(matchFingerAllOrientations(context, 1), kHighScore);
-    EXPECT_GE(matchFingerAllOrientations(context, 3), kHighScore);
-    EXPECT_EQ(context.best.orientation, 3U);
-    const FingerMatchResult best = context.best;
-    EXPECT_LT(matchFingerAllOrientations(context, 2), kHighScore);
-    EXPECT_EQ(context.best, best);
+    auto fingers = test::SearchedFingers(finger, Turned(finger, 1));
+    FingerMatchResult best;
+    EXPECT_TRUE(matchFingerAllOrientations(fingers.context(), best));
+    EXPECT_GE(best.score, kHighScore);
+    EXPECT_EQ(best.orientation, 3U);
+    const FingerMatchResult first = best;
+    EXPECT_FALSE(matchFingerAllOrientations(fingers.context(), best));  // a full tie
+    EXPECT_EQ(best, first);
+    --best.matchedCount;
+    EXPECT_TRUE(matchFingerAllOrientations(fingers.context(), best));
+    EXPECT_EQ(best, first);
+}
+
+TEST(MatchFingerAllOrientations, KeepsABetterResult) {
+    const FingerFeatures finger = RandomFinger(70);
+    auto fingers = test::SearchedFingers(finger, Turned(finger, 1));
+    FingerMatchResult best{.score = 1000, .matchedCount = 1000, .orientation = 2};
+    const FingerMatchResult before = best;
+    EXPECT_FALSE(matchFingerAllOrientations(fingers.context(), best));
+    EXPECT_EQ(best, before);
 }
 
 TEST(MatchFingerAllOrientations, LetsTheEarlierOrientationWinAFullTie) {
     const FingerFeatures finger = RandomFinger(71);
-    MatchContext context;
-    context.firstTriangles = finger.triangles;
-    context.firstMinutiaCount = finger.minutiaCount;
-    const FingerFeatures second = Turned(finger, 2);
-    context.secondFinger = &second;
-    matchFingerAllOrientations(context, 2);
-    context.best.orientation = 0;  // as if an earlier one had the same figures
-    EXPECT_EQ(matchFingerAllOrientations(context, 2), context.best.score);
-    EXPECT_EQ(context.best.orientation, 0U);
+    auto fingers = test::SearchedFingers(finger, Turned(finger, 2));
+    FingerMatchResult best;
+    matchFingerAllOrientations(fingers.context(), best);
+    ASSERT_EQ(best.orientation, 2U);
+    best.orientation = 0;  // as if an earlier one had the same figures
+    EXPECT_FALSE(matchFingerAllOrientations(fingers.context(), best));
+    EXPECT_EQ(best.orientation, 0U);
 }
 
 }  // namespace

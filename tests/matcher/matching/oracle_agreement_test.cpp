@@ -1,8 +1,10 @@
 // Whole matches against the plain matcher in tests/support: every figure must be the same, floats
 // bit for bit. Any faster form of a stage has to pass these unchanged.
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -10,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "matcher/api/template_loading.h"
+#include "matcher/features/finger_features.h"
 #include "matcher/features/triangle_feature.h"
 #include "matcher/matching/match_driver.h"
 #include "tests/support/naive_matching.h"
@@ -121,7 +124,7 @@ TEST(OracleAgreement, HoldsForTemplatesOfSeveralFingers) {
 
 // Lists of triangles that no triangulation would make: corners at one spot, sides that wrap, many
 // equal keys and equal similarities.
-TEST(OracleAgreement, HoldsForTrianglesOfAnyBytes) {
+TEST(OracleAgreement, HoldsForTrianglesOfAnyVertices) {
     Tally tally;
     for (std::uint32_t seed = 400; seed < 430; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
@@ -203,6 +206,107 @@ TEST(OracleAgreement, HoldsForTheLargestFinger) {
         test::Impression(random, finger, {.rotationDegrees = 5.0, .jitterPixels = 3});
     ExpectAgreement({test::BuiltFinger(finger)}, {test::BuiltFinger(other)}, tally);
     EXPECT_EQ(tally.compared, 1);
+}
+
+TEST(OracleAgreement, HoldsForLargeFingersThatMatchPoorly) {
+    Tally tally;
+    for (std::uint32_t seed = 710; seed < 714; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        const MinutiaList finger = test::RandomMinutiaList(random, 100);
+        const MinutiaList other = test::Impression(random,
+                                                   finger,
+                                                   {.rotationDegrees = 90.0 * (seed % 4) + 12.0,
+                                                    .jitterPixels = 8,
+                                                    .jitterDegrees = 14,
+                                                    .lostPercent = 40,
+                                                    .added = 30});
+        ExpectAgreement({test::BuiltFinger(finger)}, {test::BuiltFinger(other)}, tally);
+    }
+    EXPECT_EQ(tally.compared, 4);
+}
+
+// The finger's features in an image of that size; none when its minutiae admit no triangle there.
+Fingers BuiltIn(ImageSize size, const MinutiaList& minutiae) {
+    Fingers fingers;
+    try {
+        EXPECT_TRUE(BuildFingerFeatures(fingers, size, std::span(&minutiae, 1)));
+    } catch (const std::runtime_error&) {
+        fingers.clear();
+    }
+    return fingers;
+}
+
+// Coordinates that a record can hold but no image has: they wrap in the grid.
+TEST(OracleAgreement, HoldsForCoordinatesFarBeyondTheImage) {
+    Tally tally;
+    for (std::uint32_t seed = 720; seed < 750; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        MinutiaList finger = test::RandomMinutiaList(random, 5 + random() % 20);
+        for (Minutia& minutia : finger) {
+            minutia.x = static_cast<std::uint16_t>(random() % 16384);
+            minutia.y = static_cast<std::uint16_t>(random() % 16384);
+        }
+        MinutiaList other = finger;
+        other.pop_back();
+        for (Minutia& minutia : other) {
+            minutia.x = static_cast<std::uint16_t>((minutia.x + random() % 4) % 16384);
+        }
+        ExpectAgreement(BuiltIn({388, 374}, finger), BuiltIn({388, 374}, other), tally);
+    }
+    EXPECT_EQ(tally.compared, 30);
+}
+
+// In an image of 65535 pixels the minutiae of a finger fall on one or two grid positions, in one of
+// a few pixels they fall anywhere.
+TEST(OracleAgreement, HoldsForImagesOfAnySize) {
+    Tally tally;
+    for (const ImageSize size : {ImageSize{65535, 65535},
+                                 {65535, 1},
+                                 {1, 65535},
+                                 {30000, 388},
+                                 {6000, 6000},
+                                 {40, 30},
+                                 {1, 1},
+                                 {0, 1},
+                                 {16383, 0}}) {
+        for (std::uint32_t seed = 750; seed < 756; ++seed) {
+            SCOPED_TRACE(testing::Message()
+                         << "seed " << seed << ", " << size.width << " by " << size.height);
+            std::mt19937 random(seed);
+            const MinutiaList finger = test::RandomMinutiaList(random, 6 + random() % 30);
+            const MinutiaList other =
+                test::Impression(random, finger, {.jitterPixels = 2, .jitterDegrees = 5});
+            ExpectAgreement(BuiltIn(size, finger), BuiltIn(size, finger), tally);
+            if (other.size() > 3) {
+                ExpectAgreement(BuiltIn(size, finger), BuiltIn(size, other), tally);
+            }
+        }
+    }
+    EXPECT_GT(tally.compared, 80);
+}
+
+// Many triangles at one spot, of few directions: all alike, all bounds equal to the number of
+// pairs.
+TEST(OracleAgreement, HoldsForTrianglesThatCoincide) {
+    Tally tally;
+    for (std::uint32_t seed = 760; seed < 772; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        FingerFeatures first = {20, test::RandomTriangles(random, 25, 2)};
+        for (TriangleFeature& triangle : first.triangles) {
+            auto [a, b, c] = triangle.vertices;
+            for (TriangleVertex* vertex : {&a, &b, &c}) {
+                vertex->x = static_cast<std::uint8_t>(vertex->x * (seed % 3 == 0 ? 255 : 1));
+                vertex->angle = static_cast<std::uint8_t>(vertex->angle % (seed % 2 == 0 ? 30 : 3));
+            }
+            triangle = MakeTriangleFeature(a, b, c);
+        }
+        std::stable_sort(first.triangles.begin(), first.triangles.end(), TriangleKeyLess);
+        ExpectAgreement({first}, {first}, tally);
+    }
+    EXPECT_EQ(tally.compared, 12);
 }
 
 Fingers Loaded(const std::string& path) {

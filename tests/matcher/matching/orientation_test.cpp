@@ -1,10 +1,17 @@
 #include "matcher/matching/orientation.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <random>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "matcher/features/triangle_feature.h"
+#include "matcher/matching/scratch.h"
 #include "tests/support/naive_matching.h"
 #include "tests/support/synthetic_fingers.h"
 
@@ -40,10 +47,36 @@ TEST(TurnedVertex, ComesBackAfterFourQuarterTurns) {
     }
 }
 
-TEST(OrientationCopy, PutsTheTurnedVerticesIntoTheirOrderAgain) {
+// A finger in its orientations together with the memory they live in.
+class Oriented {
+  public:
+    explicit Oriented(std::vector<TriangleFeature> triangles)
+        : triangles_(std::move(triangles)),
+          scratch_(new Scratch),
+          finger_(orientedFinger(triangles_, *scratch_)) {}
+
+    const OrientedFinger& finger() const { return finger_; }
+
+    // The turned list as triangles; the sides are those of the list.
+    std::vector<TriangleFeature> list(std::size_t orientation) const {
+        std::vector<TriangleFeature> list = triangles_;
+        for (std::size_t u = 0; u < list.size(); ++u) {
+            const auto vertices = orderedVertices(finger_.oriented[u], orientation);
+            std::copy(vertices.begin(), vertices.end(), list[u].vertices);
+        }
+        return list;
+    }
+
+  private:
+    std::vector<TriangleFeature> triangles_;
+    std::unique_ptr<Scratch> scratch_;
+    OrientedFinger finger_;
+};
+
+TEST(OrientedFinger, PutsTheTurnedVerticesIntoTheirOrderAgain) {
     const TriangleFeature triangle =
         MakeTriangleFeature({10, 10, 1, 0}, {30, 10, 2, 1}, {20, 30, 3, 2});
-    const TriangleFeature turned = orientationCopy(std::vector{triangle}, 2).at(0);
+    const TriangleFeature turned = Oriented({triangle}).list(2).at(0);
     // Turned vertices (245,245) (225,245) (235,225); weighted centre x (235 + 235) / 2 = 235,
     // y (245 + 225) / 2 = 235; bearings of (10,10) 32, (-10,10) 96, (0,-10) -64.
     EXPECT_EQ(turned.vertices[0], (TriangleVertex{235, 225, 131, 2}));
@@ -56,59 +89,146 @@ TEST(OrientationCopy, PutsTheTurnedVerticesIntoTheirOrderAgain) {
     EXPECT_EQ(turned.sides[3], 0);
 }
 
-TEST(OrientationCopy, RebuildsTheSideBytesInsteadOfCopyingThem) {
-    TriangleFeature triangle = MakeTriangleFeature({10, 10, 1, 0}, {30, 10, 2, 1}, {20, 30, 3, 2});
-    const TriangleFeature sound = orientationCopy(std::vector{triangle}, 1).at(0);
-    triangle.sides[0] = 99;
-    triangle.sides[3] = 7;
-    EXPECT_EQ(orientationCopy(std::vector{triangle}, 1).at(0), sound);
+TEST(OrientedFinger, TakesTheListAsItStandsInOrientationZero) {
+    // Not in the order of their bearings.
+    const TriangleFeature triangle{.vertices = {{30, 10, 2, 1}, {10, 10, 1, 0}, {20, 30, 3, 2}}};
+    EXPECT_EQ(Oriented({triangle}).list(0).at(0), triangle);
+    EXPECT_EQ(Oriented({triangle}).finger().codes[0][0], codeOf(triangle));
 }
 
-TEST(OrientationCopy, SortsTheCopiesAsSignedBytesAndKeepsTheOrderOfEqualKeys) {
-    const TriangleFeature small =
-        MakeTriangleFeature({10, 10, 1, 0}, {30, 10, 2, 0}, {20, 30, 3, 0});
-    TriangleFeature alike = small;
-    alike.vertices[0].angle = 77;
-    // Sides 140, 140 and 198 are negative as signed bytes.
-    const TriangleFeature large =
-        MakeTriangleFeature({10, 10, 1, 0}, {150, 10, 2, 0}, {10, 150, 3, 0});
-    for (std::uint32_t orientation = 1; orientation < 4; ++orientation) {
-        const auto copy = orientationCopy(std::vector{small, alike, large}, orientation);
-        ASSERT_EQ(copy.size(), 3U);
-        EXPECT_EQ(copy[0], orientationCopy(std::vector{large}, orientation).at(0));
-        EXPECT_EQ(copy[1], orientationCopy(std::vector{small}, orientation).at(0));
-        EXPECT_EQ(copy[2], orientationCopy(std::vector{alike}, orientation).at(0));
-        const auto swapped = orientationCopy(std::vector{alike, small, large}, orientation);
-        EXPECT_EQ(swapped[1], copy[2]);
-        EXPECT_EQ(swapped[2], copy[1]);
-    }
-}
-
-TEST(OrientationCopy, KeepsTheOrderOfManyTrianglesOfEqualKey) {
+// Triangles of equal key keep their order in a sorted copy, so that place u of the list is place u
+// of every turned list.
+TEST(OrientedFinger, KeepsTheOrderOfManyTrianglesOfEqualKey) {
     std::vector<TriangleFeature> triangles;
     for (std::uint8_t i = 0; i < 50; ++i) {
         triangles.push_back(MakeTriangleFeature({10, 10, i, 0}, {30, 10, i, 0}, {20, 30, i, 0}));
     }
-    const auto copy = orientationCopy(triangles, 2);
-    ASSERT_EQ(copy.size(), 50U);
-    for (std::size_t i = 0; i < copy.size(); ++i) {
-        EXPECT_EQ(copy[i].vertices[0].angle, i + 128) << i;
+    const Oriented oriented(triangles);
+    for (int turns = 1; turns < 4; ++turns) {
+        EXPECT_EQ(oriented.list(static_cast<std::size_t>(turns)), naive::Turned(triangles, turns));
+    }
+    for (std::size_t i = 0; i < triangles.size(); ++i) {
+        EXPECT_EQ(oriented.list(2)[i].vertices[0].angle, i + 128) << i;
     }
 }
 
-TEST(OrientationCopy, OfNoTrianglesIsEmpty) {
-    EXPECT_TRUE(orientationCopy({}, 1).empty());
+TEST(OrientedFinger, KeepsWrappedSidesBeforeShortOnes) {
+    // Sides 140, 140 and 198 are negative as signed bytes.
+    const TriangleFeature large =
+        MakeTriangleFeature({10, 10, 1, 0}, {150, 10, 2, 0}, {10, 150, 3, 0});
+    const TriangleFeature small =
+        MakeTriangleFeature({10, 10, 1, 0}, {30, 10, 2, 0}, {20, 30, 3, 0});
+    const std::vector<TriangleFeature> sorted = {large, small};
+    ASSERT_TRUE(TriangleKeyLess(large, small));
+    for (int turns = 1; turns < 4; ++turns) {
+        EXPECT_EQ(Oriented(sorted).list(static_cast<std::size_t>(turns)),
+                  naive::Turned(sorted, turns));
+    }
 }
 
-TEST(OrientationCopy, AgreesWithThePlainRotationOnRandomTriangles) {
+TEST(OrientedFinger, OfNoTrianglesIsEmpty) {
+    const Oriented none({});
+    EXPECT_TRUE(none.finger().triangles.empty());
+    EXPECT_TRUE(none.finger().codes.empty());
+    EXPECT_TRUE(none.finger().oriented.empty());
+}
+
+// Vertices and sides as the plain rotation gives them, and codes that compare as its triangles do.
+void ExpectPlainOrientations(const std::vector<TriangleFeature>& triangles) {
+    const Oriented oriented(triangles);
+    for (std::size_t orientation = 0; orientation < kOrientations; ++orientation) {
+        const auto expected =
+            orientation == 0 ? triangles : naive::Turned(triangles, static_cast<int>(orientation));
+        ASSERT_EQ(oriented.list(orientation), expected);
+        for (std::size_t u = 0; u < triangles.size(); ++u) {
+            TriangleFeature inCodeOrder = triangles[u];
+            const auto& vertices = oriented.finger().oriented[u].vertices[orientation];
+            std::copy(vertices.begin(), vertices.end(), inCodeOrder.vertices);
+            ASSERT_EQ(oriented.finger().codes[u][orientation], codeOf(inCodeOrder)) << u;
+        }
+    }
+}
+
+TEST(OrientedFinger, AgreesWithThePlainRotationOnRandomTriangles) {
     for (std::uint32_t seed = 0; seed < 60; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         std::mt19937 random(seed);
         const unsigned extent = seed % 3 == 0 ? 256 : seed % 3 == 1 ? 40 : 3;
-        const auto triangles = test::RandomTriangles(random, 200, extent);
-        for (int turns = 1; turns < 4; ++turns) {
-            ASSERT_EQ(orientationCopy(triangles, static_cast<std::uint32_t>(turns)),
-                      naive::Turned(triangles, turns));
+        ExpectPlainOrientations(test::RandomTriangles(random, 200, extent));
+    }
+}
+
+TriangleFeature MadeAt(std::array<std::array<int, 2>, 3> spots) {
+    const auto vertex = [&](std::size_t i) {
+        return TriangleVertex{static_cast<std::uint8_t>(spots[i][0]),
+                              static_cast<std::uint8_t>(spots[i][1]),
+                              static_cast<std::uint8_t>(40 * i + 7),
+                              0};
+    };
+    return MakeTriangleFeature(vertex(0), vertex(1), vertex(2));
+}
+
+// Vertices on one line, axis-parallel or not, and at one spot: bearings tie there, or the centre
+// coincides with a vertex.
+TEST(OrientedFinger, AgreesWithThePlainRotationOnFlatTriangles) {
+    std::vector<TriangleFeature> triangles;
+    for (int step = -6; step <= 6; ++step) {
+        for (int other = -6; other <= 6; ++other) {
+            triangles.push_back(MadeAt({{{100, 100}, {100 + step, 100}, {100 + other, 100}}}));
+            triangles.push_back(MadeAt({{{100, 100}, {100, 100 + step}, {100, 100 + other}}}));
+            triangles.push_back(
+                MadeAt({{{100, 100}, {100 + step, 100 + step}, {100 + other, 100 + other}}}));
+            triangles.push_back(MadeAt(
+                {{{100, 100}, {100 + 2 * step, 100 - step}, {100 + 2 * other, 100 - other}}}));
+            triangles.push_back(MadeAt({{{100, 100}, {100 + step, 100}, {100, 100 + other}}}));
+        }
+    }
+    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+    ExpectPlainOrientations(triangles);
+}
+
+// Every triangle whose corners lie in a grid of 4 by 4: all ways of being flat and of rounding.
+TEST(OrientedFinger, AgreesWithThePlainRotationOnAllSmallTriangles) {
+    std::vector<TriangleFeature> triangles;
+    for (int a = 0; a < 16; ++a) {
+        for (int b = 0; b < 16; ++b) {
+            for (int c = 0; c < 16; ++c) {
+                triangles.push_back(MadeAt({{{a % 4, a / 4}, {b % 4, b / 4}, {c % 4, c / 4}}}));
+            }
+        }
+    }
+    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+    ExpectPlainOrientations(triangles);
+}
+
+TEST(OrientedFinger, AgreesWithThePlainRotationOnTheEdgesOfTheGrid) {
+    constexpr std::array<int, 5> kEdges = {0, 1, 128, 254, 255};
+    std::vector<TriangleFeature> triangles;
+    for (std::size_t i = 0; i < 25 * 25 * 25; i += 3) {
+        const auto spot = [&](std::size_t n) {
+            return std::array{kEdges[n % 5], kEdges[n / 5 % 5]};
+        };
+        triangles.push_back(MadeAt({spot(i), spot(i / 25), spot(i / 625)}));
+    }
+    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+    ExpectPlainOrientations(triangles);
+}
+
+// What makes the candidate index hold in all orientations.
+TEST(OrientedFinger, MovesNoCircularByteByMoreThanThreeStepsUnlessItSaysSo) {
+    std::mt19937 random(7);
+    const Oriented oriented(test::RandomTriangles(random, 4000, 256));
+    const auto& finger = oriented.finger();
+    for (std::size_t u = 0; u < finger.triangles.size(); ++u) {
+        if (finger.oriented[u].isIrregular) {
+            continue;
+        }
+        for (std::size_t m = 1; m < kOrientations; ++m) {
+            for (std::size_t byte = 0; byte < kSideGroup; ++byte) {
+                const int apart =
+                    std::abs(finger.codes[u][m].bytes[byte] - finger.codes[u][0].bytes[byte]);
+                ASSERT_LE(std::min(apart, 255 - apart), 3) << u << ", byte " << byte;
+            }
         }
     }
 }

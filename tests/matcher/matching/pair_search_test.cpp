@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "matcher/features/triangle_feature.h"
+#include "tests/matcher/matching/searched_fingers.h"
 #include "tests/support/naive_matching.h"
 #include "tests/support/synthetic_fingers.h"
 
@@ -28,24 +29,24 @@ TriangleFeature Triangle(Sides sides) {
     return WithSides(triangle, sides);
 }
 
-// Similarities that scoreTrianglePair appends: one or none.
+// The similarity of a pair, when it passes: one or none.
 std::vector<std::int32_t> Similarities(const TriangleFeature& first,
                                        const TriangleFeature& second) {
-    std::vector<TrianglePair> pairs;
-    scoreTrianglePair(second, pairs, first);
-    std::vector<std::int32_t> similarities;
-    for (const TrianglePair& pair : pairs) {
-        EXPECT_EQ(pair.first, &first);
-        EXPECT_EQ(pair.second, &second);
-        similarities.push_back(pair.similarity);
-    }
-    return similarities;
+    const std::int32_t similarity = scoreTrianglePair(codeOf(second), cyclicCodesOf(first));
+    return similarity == 0 ? std::vector<std::int32_t>{} : std::vector{similarity};
 }
 
 using None = std::vector<std::int32_t>;
 using One = std::vector<std::int32_t>;
 
-// One triangle for every key byte, in a finger's order.
+// The pairs of two lists in orientation 0. It takes the lists as they stand, so that their
+// triangles need not be such as the constructor makes.
+std::vector<naive::TrianglePair> PairsOf(const std::vector<TriangleFeature>& first,
+                                         const std::vector<TriangleFeature>& second) {
+    return test::SearchedFingers({3, first}, {3, second}).pairs(0);
+}
+
+// One triangle for every key byte, in a finger's order; number i has key i - 128.
 std::vector<TriangleFeature> OneOfEachKey() {
     std::vector<TriangleFeature> triangles;
     for (int key = -128; key <= 127; ++key) {
@@ -54,82 +55,139 @@ std::vector<TriangleFeature> OneOfEachKey() {
     return triangles;
 }
 
-TEST(TrianglesInKeyRange, StartsAtTheFirstKeyNotBelowTheSignedLowerBound) {
-    const auto triangles = OneOfEachKey();
-    const auto range = trianglesInKeyRange(triangles, 5);
-    ASSERT_EQ(range.size(), 37U);  // -13 .. 23
-    EXPECT_EQ(static_cast<std::int8_t>(range.front().sides[0]), -13);
-    EXPECT_EQ(static_cast<std::int8_t>(range.back().sides[0]), 23);
+// Indices of the triangles of OneOfEachKey that pair with one of that key.
+std::vector<int> KeysFound(int key) {
+    std::vector<int> keys;
+    for (const naive::TrianglePair& pair : PairsOf({Triangle({key, 0, 0})}, OneOfEachKey())) {
+        keys.push_back(static_cast<int>(pair.b) - 128);
+    }
+    return keys;
 }
 
-TEST(TrianglesInKeyRange, IsEmptyForAKeyOf120BecauseTheUpperBoundWraps) {
-    EXPECT_TRUE(trianglesInKeyRange(OneOfEachKey(), 120).empty());
+TEST(KeyRange, ReachesAsFarAsTheSideTestDoes) {
+    // The range is -13..23 and 30..66; the side test passes 17, and never across 0, where the bytes
+    // are far apart.
+    EXPECT_EQ(KeysFound(5).front(), 0);
+    EXPECT_EQ(KeysFound(5).back(), 22);
+    EXPECT_EQ(KeysFound(48).front(), 31);
+    EXPECT_EQ(KeysFound(48).back(), 65);
+}
+
+TEST(KeyRange, IsEmptyForAKeyOf120BecauseTheUpperBoundWraps) {
+    EXPECT_TRUE(KeysFound(120).empty());
 }
 
 // Deliberate: keys within 18 of an end of the signed range find nothing, not even themselves.
-TEST(TrianglesInKeyRange, WrapsItsLimitsInEightBits) {
-    const auto triangles = OneOfEachKey();
+TEST(KeyRange, WrapsItsLimitsInEightBits) {
     for (int key = -128; key <= 127; ++key) {
         const bool wraps = key < -110 || key > 109;
-        const auto range = trianglesInKeyRange(triangles, static_cast<std::int8_t>(key));
-        ASSERT_EQ(range.size(), wraps ? 0U : 37U) << "key " << key;
-        if (!wraps) {
-            EXPECT_EQ(static_cast<std::int8_t>(range.front().sides[0]), key - 18);
+        std::vector<int> expected;
+        for (int other = key - 17; other <= key + 17 && !wraps; ++other) {
+            if ((key < 0) == (other < 0)) {
+                expected.push_back(other);
+            }
         }
+        ASSERT_EQ(KeysFound(key), expected) << "key " << key;
     }
 }
 
-TEST(TrianglesInKeyRange, HoldsAllTrianglesOfEqualKeyAndNothingOfAGap) {
-    const std::vector<TriangleFeature> triangles = {Triangle({20, 1, 0}),
-                                                    Triangle({31, 1, 0}),
-                                                    Triangle({32, 1, 0}),
-                                                    Triangle({32, 2, 0}),
-                                                    Triangle({68, 1, 0}),
-                                                    Triangle({68, 2, 0}),
-                                                    Triangle({69, 1, 0})};
-    const auto range = trianglesInKeyRange(triangles, 50);
-    EXPECT_EQ(range.data(), &triangles[2]);
-    EXPECT_EQ(range.size(), 4U);
-    EXPECT_TRUE(trianglesInKeyRange(triangles, 90).empty());
-    EXPECT_TRUE(trianglesInKeyRange(triangles, -30).empty());
-    EXPECT_TRUE(trianglesInKeyRange({}, 50).empty());
+TEST(KeyRange, MovesOnWithTheKeysOfTheFirstFinger) {
+    // All keys at once, so that the range is moved and not made anew: the same as one by one.
+    const auto triangles = OneOfEachKey();
+    std::vector<naive::TrianglePair> expected;
+    for (int key = -128; key <= 127; ++key) {
+        for (const int other : KeysFound(key)) {
+            expected.push_back(
+                {1024, static_cast<std::size_t>(key + 128), static_cast<std::size_t>(other + 128)});
+        }
+    }
+    EXPECT_EQ(PairsOf(triangles, triangles), expected);
 }
 
-TEST(AreCandidates, AcceptsADifferenceOf17InEachSideByteButNot18) {
-    const TriangleFeature base = Triangle({90, 60, 40});
+TEST(KeyRange, HoldsAllTrianglesOfEqualKeyAndNothingOfAGap) {
+    const std::vector<TriangleFeature> triangles = {Triangle({20, 1, 0}),
+                                                    Triangle({32, 1, 0}),
+                                                    Triangle({33, 1, 0}),
+                                                    Triangle({33, 2, 0}),
+                                                    Triangle({67, 1, 0}),
+                                                    Triangle({67, 2, 0}),
+                                                    Triangle({68, 1, 0})};
+    const std::vector<naive::TrianglePair> expected = {
+        {1024, 0, 2}, {1024, 0, 3}, {1024, 0, 4}, {1024, 0, 5}};
+    EXPECT_EQ(PairsOf({Triangle({50, 1, 0})}, triangles), expected);
+    EXPECT_TRUE(PairsOf({Triangle({90, 1, 0})}, triangles).empty());
+    EXPECT_TRUE(PairsOf({Triangle({-30, 1, 0})}, triangles).empty());
+    EXPECT_TRUE(PairsOf({Triangle({50, 1, 0})}, {}).empty());
+}
+
+TEST(KeyRange, SpansTheStretchesOfALongList) {
+    // 300 triangles in stretches of 128: all of them, those around the seams, and the last ones.
+    for (const auto& [begin, end] : {std::pair{0U, 300U}, {60U, 70U}, {120U, 135U}, {250U, 300U}}) {
+        std::vector<TriangleFeature> second;
+        std::vector<naive::TrianglePair> expected;
+        for (unsigned i = 0; i < 300; ++i) {
+            second.push_back(Triangle({i < begin ? 10 : i < end ? 50 : 90, 5, 5}));
+            if (i >= begin && i < end) {
+                expected.push_back({1024, 0, i});
+            }
+        }
+        EXPECT_EQ(PairsOf({Triangle({50, 5, 5})}, second), expected) << begin << " to " << end;
+    }
+}
+
+std::uint32_t SidesWord(Sides sides, int fourth = 0) {
+    const auto byte = [](int value) { return static_cast<std::uint32_t>(value & 0xFF); };
+    return byte(sides[0]) | byte(sides[1]) << 8U | byte(sides[2]) << 16U | byte(fourth) << 24U;
+}
+
+TEST(SidesAreNear, AcceptsADifferenceOf17InEachSideByteButNot18) {
+    const std::uint32_t base = SidesWord({90, 60, 40});
     for (std::size_t i = 0; i < 3; ++i) {
         for (int sign : {-1, 1}) {
             Sides near = {90, 60, 40};
             near[i] += 17 * sign;
-            EXPECT_TRUE(areCandidates(base, Triangle(near))) << i;
+            EXPECT_TRUE(sidesAreNear(SidesWord(near), base)) << i;
             near[i] += sign;
-            EXPECT_FALSE(areCandidates(base, Triangle(near))) << i;
+            EXPECT_FALSE(sidesAreNear(SidesWord(near), base)) << i;
         }
     }
 }
 
-TEST(AreCandidates, IgnoresTheFourthByte) {
-    TriangleFeature other = Triangle({90, 60, 40});
-    other.sides[3] = 0xFF;
-    EXPECT_TRUE(areCandidates(Triangle({90, 60, 40}), other));
+TEST(SidesAreNear, IgnoresTheFourthByte) {
+    for (int fourth : {0, 1, 0x7F, 0x80, 0xFF}) {
+        EXPECT_TRUE(sidesAreNear(SidesWord({90, 60, 40}, fourth), SidesWord({90, 60, 40})));
+        EXPECT_TRUE(sidesAreNear(SidesWord({90, 60, 40}), SidesWord({90, 60, 40}, fourth)));
+        EXPECT_FALSE(sidesAreNear(SidesWord({90, 60, 58}, fourth), SidesWord({90, 60, 40})));
+    }
 }
 
 // Deliberate: the difference of candidates is taken modulo 256, that of the pair test is not.
-TEST(AreCandidates, TakesDifferencesModulo256WhereThePairTestDoesNot) {
-    const TriangleFeature low = Triangle({50, 5, 5});
-    const TriangleFeature high = Triangle({50, 5, 250});  // 250 - 5 = 245, or -11 modulo 256
-    EXPECT_TRUE(areCandidates(low, high));
-    EXPECT_TRUE(areCandidates(high, low));
-    EXPECT_EQ(Similarities(low, high), None{});
+TEST(SidesAreNear, TakesDifferencesModulo256WhereThePairTestDoesNot) {
+    // 250 - 5 = 245, or -11 modulo 256.
+    EXPECT_TRUE(sidesAreNear(SidesWord({50, 5, 250}), SidesWord({50, 5, 5})));
+    EXPECT_TRUE(sidesAreNear(SidesWord({50, 5, 5}), SidesWord({50, 5, 250})));
+    EXPECT_EQ(Similarities(Triangle({50, 5, 5}), Triangle({50, 5, 250})), None{});
+    EXPECT_TRUE(PairsOf({Triangle({50, 5, 5})}, {Triangle({50, 5, 250})}).empty());
 }
 
-TEST(AreCandidates, AgreesWithTheModularDifferenceForAllByteValues) {
-    for (int a = 0; a < 256; ++a) {
-        for (int b = 0; b < 256; ++b) {
-            const int forward = (b - a + 256) % 256;
-            const bool near = forward <= 17 || forward >= 256 - 17;
-            ASSERT_EQ(areCandidates(Triangle({9, a, 9}), Triangle({9, b, 9})), near)
-                << a << " and " << b;
+// The neighbours are at their own limits, where a carry or a borrow would show.
+TEST(SidesAreNear, AgreesWithTheModularDifferenceForAllByteValuesInAllPlaces) {
+    const auto isNear = [](int a, int b) {
+        const int forward = (b - a + 256) % 256;
+        return forward <= 17 || forward >= 256 - 17;
+    };
+    for (std::size_t place = 0; place < 3; ++place) {
+        for (const auto& [left, right] : {std::pair{9, 9}, {0, 255}, {255, 0}, {0, 239}, {17, 0}}) {
+            for (int a = 0; a < 256; ++a) {
+                for (int b = 0; b < 256; ++b) {
+                    Sides second = {left, left, left};
+                    Sides first = {right, right, right};
+                    second[place] = a;
+                    first[place] = b;
+                    ASSERT_EQ(sidesAreNear(SidesWord(second, a), SidesWord(first, b)), isNear(a, b))
+                        << a << " and " << b << " in place " << place << " beside " << left;
+                }
+            }
         }
     }
 }
@@ -306,55 +364,47 @@ TEST(ScoreTrianglePair, AgreesWithThePlainTestOnNearbyTriangles) {
     }
 }
 
-// The pairs as indices, the way the oracle gives them.
-std::vector<naive::TrianglePair> Indexed(const MatchContext& context,
-                                         const std::vector<TriangleFeature>& second) {
-    std::vector<naive::TrianglePair> pairs;
-    for (const TrianglePair& pair : context.trianglePairs) {
-        pairs.push_back({pair.similarity,
-                         static_cast<std::size_t>(pair.first - context.firstTriangles.data()),
-                         static_cast<std::size_t>(pair.second - second.data())});
-    }
-    return pairs;
-}
-
 TEST(SearchTrianglePairs, FindsThePairsInTheOrderOfBothLists) {
     const std::vector<TriangleFeature> first = {Triangle({60, 50, 40}), Triangle({70, 50, 40})};
     const std::vector<TriangleFeature> second = {
         Triangle({52, 50, 40}), Triangle({55, 50, 40}), Triangle({70, 50, 40})};
-    MatchContext context;
-    context.firstTriangles = first;
-    searchTrianglePairs(context, second);
     // 70 - 52 = 18 is too much; nothing else differs than a side, so no pair costs anything.
     const std::vector<naive::TrianglePair> expected = {
         {1024, 0, 0}, {1024, 0, 1}, {1024, 0, 2}, {1024, 1, 1}, {1024, 1, 2}};
-    EXPECT_EQ(Indexed(context, second), expected);
+    EXPECT_EQ(PairsOf(first, second), expected);
 }
 
 TEST(SearchTrianglePairs, FindsNothingInEmptyLists) {
     const std::vector<TriangleFeature> some = {Triangle({60, 50, 40})};
-    MatchContext context;
-    searchTrianglePairs(context, some);
-    EXPECT_TRUE(context.trianglePairs.empty());
-    context.firstTriangles = some;
-    searchTrianglePairs(context, {});
-    EXPECT_TRUE(context.trianglePairs.empty());
+    for (const auto& [first, second] :
+         {std::pair{std::vector<TriangleFeature>{}, some}, {some, {}}, {{}, {}}}) {
+        const auto fingers = test::SearchedFingers({3, first}, {3, second});
+        for (std::size_t orientation = 0; orientation < kOrientations; ++orientation) {
+            EXPECT_TRUE(fingers.pairs(orientation).empty());
+        }
+    }
 }
 
 TEST(SearchTrianglePairs, FindsNoPairForATriangleWithAKeyNearTheEndsOfTheRange) {
     for (int key : {110, 120, 127, 128, 145}) {
         const std::vector<TriangleFeature> only = {Triangle({key, 50, 40})};
-        MatchContext context;
-        context.firstTriangles = only;
-        searchTrianglePairs(context, only);
-        EXPECT_TRUE(context.trianglePairs.empty()) << key;
+        EXPECT_TRUE(PairsOf(only, only).empty()) << key;
     }
     for (int key : {109, 146}) {  // 146 is -110
         const std::vector<TriangleFeature> only = {Triangle({key, 50, 40})};
-        MatchContext context;
-        context.firstTriangles = only;
-        searchTrianglePairs(context, only);
-        EXPECT_EQ(context.trianglePairs.size(), 1U) << key;
+        EXPECT_EQ(PairsOf(only, only).size(), 1U) << key;
+    }
+}
+
+TEST(SearchTrianglePairs, FillsEachOrientationWithThePairsOfTheTurnedTriangle) {
+    const TriangleFeature triangle =
+        MakeTriangleFeature({100, 100, 10, 1}, {180, 100, 60, 1}, {100, 50, 120, 1});
+    for (int turns = 0; turns < 4; ++turns) {
+        const std::vector<TriangleFeature> turned = naive::Turned(std::vector{triangle}, turns);
+        const auto fingers = test::SearchedFingers({3, {triangle}}, {3, turned});
+        // Turned on to a whole turn it is the same triangle again.
+        const auto back = static_cast<std::size_t>((4 - turns) % 4);
+        EXPECT_EQ(fingers.pairs(back), (std::vector<naive::TrianglePair>{{1024, 0, 0}})) << turns;
     }
 }
 
@@ -362,45 +412,69 @@ MinutiaPair Corner(const TriangleFeature& first, const TriangleFeature& second, 
     return {first.vertices[j], second.vertices[j]};
 }
 
+// A triangle pair by its similarity and the two indices.
+TrianglePair PairOf(int similarity, std::size_t first, std::size_t second) {
+    return {static_cast<std::uint16_t>(kMaxSimilarity - similarity),
+            static_cast<std::uint16_t>(first),
+            static_cast<std::uint16_t>(second)};
+}
+
+struct Consolidated {
+    bool areEnough = false;
+    std::vector<MinutiaPair> pairs;
+};
+
+// Consolidates pairs of two lists in orientation 0, which takes the lists as they stand.
+Consolidated ConsolidatedPairs(const std::vector<TriangleFeature>& first,
+                               const std::vector<TriangleFeature>& second,
+                               const std::vector<TrianglePair>& trianglePairs) {
+    test::FingersInMatch fingers({3, first}, {3, second});
+    const std::vector<MinutiaPair> earlier = {{{1, 1, 1, 1}, {2, 2, 2, 2}}};
+    fingers.context().minutiaPairs = earlier;
+    fingers.context().trianglePairs[0].assign(trianglePairs.begin(), trianglePairs.end());
+    const bool areEnough = consolidatePairs(fingers.context(), 0);
+    return {areEnough, test::Copied(fingers.context().minutiaPairs)};
+}
+
 TEST(ConsolidatePairs, StopsAtFewerThanThreeTrianglePairs) {
     const TriangleFeature a = Triangle({60, 50, 40});
-    MatchContext context;
-    context.minutiaPairs = {Corner(a, a, 0)};  // of an earlier match
-    context.trianglePairs = {{1024, &a, &a}, {1024, &a, &a}};
-    EXPECT_FALSE(consolidatePairs(context));
-    EXPECT_TRUE(context.minutiaPairs.empty());
+    const Consolidated two = ConsolidatedPairs({a}, {a}, {PairOf(1024, 0, 0), PairOf(1024, 0, 0)});
+    EXPECT_FALSE(two.areEnough);
+    EXPECT_TRUE(two.pairs.empty());
+    const Consolidated none = ConsolidatedPairs({a}, {a}, {});
+    EXPECT_FALSE(none.areEnough);
+    EXPECT_TRUE(none.pairs.empty());
 }
 
 TEST(ConsolidatePairs, StopsAtFewerThanThreeDistinctMinutiaPairs) {
     TriangleFeature a = Triangle({60, 50, 40});
     a.vertices[2] = a.vertices[1];
-    MatchContext context;
-    context.trianglePairs = {{1024, &a, &a}, {1024, &a, &a}, {1024, &a, &a}};
-    EXPECT_FALSE(consolidatePairs(context));
-    EXPECT_EQ(context.minutiaPairs.size(), 2U);
+    const Consolidated result =
+        ConsolidatedPairs({a}, {a}, {PairOf(1024, 0, 0), PairOf(1024, 0, 0), PairOf(1024, 0, 0)});
+    EXPECT_FALSE(result.areEnough);
+    EXPECT_EQ(result.pairs.size(), 2U);
 }
 
 TEST(ConsolidatePairs, KeepsACorrespondenceOfSeveralTrianglePairsOnce) {
     const TriangleFeature a = Triangle({60, 50, 40});
     const TriangleFeature b = Radial({60, 50, 40});
-    MatchContext context;
-    context.trianglePairs = {{1024, &a, &b}, {1000, &a, &b}, {900, &a, &b}};
-    EXPECT_TRUE(consolidatePairs(context));
-    EXPECT_EQ(context.minutiaPairs,
-              (std::vector{Corner(a, b, 0), Corner(a, b, 1), Corner(a, b, 2)}));
+    const Consolidated result =
+        ConsolidatedPairs({a}, {b}, {PairOf(1024, 0, 0), PairOf(1000, 0, 0), PairOf(900, 0, 0)});
+    EXPECT_TRUE(result.areEnough);
+    EXPECT_EQ(result.pairs, (std::vector{Corner(a, b, 0), Corner(a, b, 1), Corner(a, b, 2)}));
 }
 
 // Deliberate: which cyclic order made two triangles alike is not kept.
 TEST(ConsolidatePairs, PairsVertexZeroWithVertexZeroWhateverOrderPassed) {
     const TriangleFeature a = Triangle({100, 70, 40});
     const TriangleFeature b = CornersShifted(a, 1);  // passes under the order (1, 2, 0) only
-    MatchContext context;
-    for (int i = 0; i < 3; ++i) {
-        scoreTrianglePair(b, context.trianglePairs, a);
-    }
-    ASSERT_EQ(context.trianglePairs.size(), 3U);
-    EXPECT_TRUE(consolidatePairs(context));
-    EXPECT_EQ(context.minutiaPairs,
+    // Equal sides, so that the search lets them meet.
+    const TriangleFeature first = WithSides(a, {70, 70, 70});
+    const TriangleFeature second = WithSides(b, {70, 70, 70});
+    auto fingers = test::SearchedFingers({3, {first, first, first}}, {3, {second}});
+    ASSERT_EQ(fingers.pairs(0).size(), 3U);
+    EXPECT_TRUE(consolidatePairs(fingers.context(), 0));
+    EXPECT_EQ(test::Copied(fingers.context().minutiaPairs),
               (std::vector{Corner(a, b, 0), Corner(a, b, 1), Corner(a, b, 2)}));
 }
 
@@ -412,44 +486,54 @@ TriangleFeature Numbered(std::uint8_t index) {
 
 // Deliberate: one taken position alone does not bar a pair.
 TEST(ConsolidatePairs, DropsACorrespondenceOnlyWhenBothItsPositionsAreTaken) {
-    const TriangleFeature a1 = Numbered(1);
-    const TriangleFeature a2 = Numbered(2);
-    const TriangleFeature a3 = Numbered(3);
-    const TriangleFeature b1 = Numbered(11);
-    const TriangleFeature b2 = Numbered(12);
-    MatchContext context;
-    context.trianglePairs = {
-        {1000, &a1, &b1},  // all new
-        {900, &a2, &b1},   // first positions new, second taken: kept
-        {800, &a1, &b2},   // first positions taken, second new: kept
-        {700, &a2, &b2},   // never met before, but both positions are taken: dropped
-        {600, &a3, &b2},   // first positions new: kept
-    };
-    EXPECT_TRUE(consolidatePairs(context));
-    const std::vector<MinutiaPair> expected = {Corner(a1, b1, 0),
-                                               Corner(a1, b1, 1),
-                                               Corner(a1, b1, 2),
-                                               Corner(a2, b1, 0),
-                                               Corner(a2, b1, 1),
-                                               Corner(a2, b1, 2),
-                                               Corner(a1, b2, 0),
-                                               Corner(a1, b2, 1),
-                                               Corner(a1, b2, 2),
-                                               Corner(a3, b2, 0),
-                                               Corner(a3, b2, 1),
-                                               Corner(a3, b2, 2)};
-    EXPECT_EQ(context.minutiaPairs, expected);
+    const std::vector<TriangleFeature> a = {Numbered(1), Numbered(2), Numbered(3)};
+    const std::vector<TriangleFeature> b = {Numbered(11), Numbered(12)};
+    const Consolidated result =
+        ConsolidatedPairs(a,
+                          b,
+                          {PairOf(1000, 0, 0),   // all new
+                           PairOf(900, 1, 0),    // first positions new, second taken: kept
+                           PairOf(800, 0, 1),    // first positions taken, second new: kept
+                           PairOf(700, 1, 1),    // never met before, but both taken: dropped
+                           PairOf(600, 2, 1)});  // first positions new: kept
+    EXPECT_TRUE(result.areEnough);
+    std::vector<MinutiaPair> expected;
+    for (const auto& [first, second] :
+         {std::pair{0U, 0U}, std::pair{1U, 0U}, std::pair{0U, 1U}, std::pair{2U, 1U}}) {
+        for (std::size_t corner = 0; corner < 3; ++corner) {
+            expected.push_back(Corner(a[first], b[second], corner));
+        }
+    }
+    EXPECT_EQ(result.pairs, expected);
+}
+
+// Triangles of a mesh share corners: a position may be taken although its triangle is new.
+TEST(ConsolidatePairs, GoesByPositionsNotByTriangles) {
+    const std::vector<TriangleFeature> a = {
+        Numbered(1), {.vertices = {{10, 0, 1, 0}, {10, 1, 2, 0}, {7, 7, 7, 0}}}, Numbered(2)};
+    const Consolidated result =
+        ConsolidatedPairs(a, a, {PairOf(1000, 0, 0), PairOf(900, 1, 1), PairOf(800, 2, 2)});
+    EXPECT_TRUE(result.areEnough);
+    EXPECT_EQ(result.pairs,
+              (std::vector{Corner(a[0], a[0], 0),
+                           Corner(a[0], a[0], 1),
+                           Corner(a[0], a[0], 2),
+                           Corner(a[1], a[1], 2),  // its other two corners are those of the first
+                           Corner(a[2], a[2], 0),
+                           Corner(a[2], a[2], 1),
+                           Corner(a[2], a[2], 2)}));
 }
 
 TEST(ConsolidatePairs, TellsPositionsApartByBothCoordinatesAndNothingElse) {
     const TriangleFeature a{.vertices = {{1, 0, 10, 0}, {0, 1, 20, 0}, {255, 255, 30, 0}}};
     // The same positions with other directions and types, which do not matter.
     const TriangleFeature sameSpots{.vertices = {{1, 0, 99, 1}, {0, 1, 98, 2}, {255, 255, 97, 3}}};
-    MatchContext context;
-    context.trianglePairs = {{1024, &a, &a}, {1000, &sameSpots, &a}, {900, &a, &sameSpots}};
-    EXPECT_TRUE(consolidatePairs(context));
-    EXPECT_EQ(context.minutiaPairs,
-              (std::vector{Corner(a, a, 0), Corner(a, a, 1), Corner(a, a, 2)}));
+    const Consolidated result =
+        ConsolidatedPairs({a, sameSpots},
+                          {a, sameSpots},
+                          {PairOf(1024, 0, 0), PairOf(1000, 1, 0), PairOf(900, 0, 1)});
+    EXPECT_TRUE(result.areEnough);
+    EXPECT_EQ(result.pairs, (std::vector{Corner(a, a, 0), Corner(a, a, 1), Corner(a, a, 2)}));
 }
 
 TEST(ConsolidatePairs, RanksBySimilarityAndKeepsTheOrderOfEqualOnes) {
@@ -457,62 +541,95 @@ TEST(ConsolidatePairs, RanksBySimilarityAndKeepsTheOrderOfEqualOnes) {
     for (std::uint8_t i = 0; i < 5; ++i) {
         a.push_back(Numbered(i));
     }
-    MatchContext context;
-    context.trianglePairs = {{500, &a[0], &a[0]},
-                             {900, &a[1], &a[1]},
-                             {500, &a[2], &a[2]},
-                             {1024, &a[3], &a[3]},
-                             {900, &a[4], &a[4]}};
-    EXPECT_TRUE(consolidatePairs(context));
-    ASSERT_EQ(context.minutiaPairs.size(), 15U);
+    const Consolidated result = ConsolidatedPairs(a,
+                                                  a,
+                                                  {PairOf(500, 0, 0),
+                                                   PairOf(900, 1, 1),
+                                                   PairOf(500, 2, 2),
+                                                   PairOf(1024, 3, 3),
+                                                   PairOf(900, 4, 4)});
+    EXPECT_TRUE(result.areEnough);
+    ASSERT_EQ(result.pairs.size(), 15U);
     const std::array<std::size_t, 5> ranked = {3, 1, 4, 0, 2};
     for (std::size_t i = 0; i < ranked.size(); ++i) {
-        EXPECT_EQ(context.minutiaPairs[3 * i], Corner(a[ranked[i]], a[ranked[i]], 0)) << i;
+        EXPECT_EQ(result.pairs[3 * i], Corner(a[ranked[i]], a[ranked[i]], 0)) << i;
     }
 }
 
 TEST(ConsolidatePairs, KeepsTheOrderOfManyPairsOfEqualSimilarity) {
     std::vector<TriangleFeature> a;
+    std::vector<TrianglePair> pairs;
     for (std::uint8_t i = 0; i < 25; ++i) {
         a.push_back(Numbered(i));
+        pairs.push_back(PairOf(i % 2 == 0 ? 700 : 800, i, i));
     }
-    MatchContext context;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        context.trianglePairs.push_back({i % 2 == 0 ? 700 : 800, &a[i], &a[i]});
-    }
-    EXPECT_TRUE(consolidatePairs(context));
-    ASSERT_EQ(context.minutiaPairs.size(), 75U);
+    const Consolidated result = ConsolidatedPairs(a, a, pairs);
+    EXPECT_TRUE(result.areEnough);
+    ASSERT_EQ(result.pairs.size(), 75U);
     for (std::size_t rank = 0; rank < a.size(); ++rank) {
         // The 12 odd ones first, then the 13 even ones.
         const std::size_t expected = rank < 12 ? 2 * rank + 1 : 2 * (rank - 12);
-        EXPECT_EQ(context.minutiaPairs[3 * rank], Corner(a[expected], a[expected], 0)) << rank;
+        EXPECT_EQ(result.pairs[3 * rank], Corner(a[expected], a[expected], 0)) << rank;
+    }
+}
+
+// All similarities that a pair can have and beyond, in an order far from ranked.
+TEST(ConsolidatePairs, RanksEverySimilarityFromOneTo1024) {
+    std::vector<TriangleFeature> a(1024);
+    std::vector<TrianglePair> pairs;
+    for (unsigned i = 0; i < 1024; ++i) {
+        for (std::uint8_t corner = 0; corner < 3; ++corner) {
+            a[i].vertices[corner] = {static_cast<std::uint8_t>(i % 256),
+                                     static_cast<std::uint8_t>(4 * corner + i / 256),
+                                     0,
+                                     0};
+        }
+        pairs.push_back(PairOf(static_cast<int>(1 + i * 389 % 1024), i, i));
+    }
+    const Consolidated result = ConsolidatedPairs(a, a, pairs);
+    ASSERT_EQ(result.pairs.size(), 3072U);
+    // Similarity 1024 - r belongs to the i with i * 389 % 1024 = 1023 - r.
+    for (unsigned i = 0; i < 1024; ++i) {
+        const unsigned rank = 1023 - i * 389 % 1024;
+        ASSERT_EQ(result.pairs[3 * rank], Corner(a[i], a[i], 0)) << i;
     }
 }
 
 TEST(ConsolidatePairs, ForgetsThePositionsOfAnEarlierMatch) {
-    const TriangleFeature a = Triangle({60, 50, 40});
-    MatchContext context;
-    for (int match = 0; match < 2; ++match) {
-        context.trianglePairs = {{1024, &a, &a}, {1024, &a, &a}, {1024, &a, &a}};
-        EXPECT_TRUE(consolidatePairs(context));
-        EXPECT_EQ(context.minutiaPairs.size(), 3U);
+    const TriangleFeature a = MakeTriangleFeature({10, 10, 1, 0}, {60, 10, 2, 1}, {30, 50, 3, 2});
+    test::FingersInMatch fingers({3, {a}}, {3, {a}});
+    for (std::size_t orientation = 0; orientation < kOrientations; ++orientation) {
+        fingers.context().trianglePairs[orientation].assign(3, PairOf(1024, 0, 0));
+        EXPECT_TRUE(consolidatePairs(fingers.context(), orientation));
+        EXPECT_EQ(fingers.context().minutiaPairs.size(), 3U) << orientation;
+    }
+}
+
+TEST(ConsolidatePairs, PairsWithTheTurnedTrianglesVerticesInTheirOwnOrder) {
+    const TriangleFeature a = MakeTriangleFeature({10, 10, 1, 0}, {30, 10, 2, 1}, {20, 30, 3, 2});
+    for (int turns = 0; turns < 4; ++turns) {
+        test::FingersInMatch fingers({3, {a}}, {3, {a}});
+        const auto orientation = static_cast<std::size_t>(turns);
+        fingers.context().trianglePairs[orientation].assign(3, PairOf(1024, 0, 0));
+        EXPECT_TRUE(consolidatePairs(fingers.context(), orientation));
+        const TriangleFeature turned = naive::Turned(std::vector{a}, turns).at(0);
+        EXPECT_EQ(test::Copied(fingers.context().minutiaPairs),
+                  (std::vector{Corner(a, turned, 0), Corner(a, turned, 1), Corner(a, turned, 2)}));
     }
 }
 
 void ExpectAgreementWithTheOracle(const std::vector<TriangleFeature>& first,
                                   const std::vector<TriangleFeature>& second) {
-    MatchContext context;
-    context.firstTriangles = first;
-    searchTrianglePairs(context, second);
-    const auto pairs = naive::SearchTrianglePairs(first, second);
-    ASSERT_EQ(Indexed(context, second), pairs);
-    const bool enough = consolidatePairs(context);
-    const auto consolidated = naive::Consolidate(pairs, first, second);
-    ASSERT_EQ(context.minutiaPairs.size(), consolidated.size());
-    EXPECT_EQ(enough, consolidated.size() >= 3);
-    for (std::size_t i = 0; i < consolidated.size(); ++i) {
-        ASSERT_EQ(context.minutiaPairs[i].first, consolidated[i].first) << i;
-        ASSERT_EQ(context.minutiaPairs[i].second, consolidated[i].second) << i;
+    auto fingers = test::SearchedFingers({3, first}, {3, second});
+    for (int turns = 0; turns < 4; ++turns) {
+        const auto orientation = static_cast<std::size_t>(turns);
+        const auto turned = turns == 0 ? second : naive::Turned(second, turns);
+        const auto pairs = naive::SearchTrianglePairs(first, turned);
+        ASSERT_EQ(fingers.pairs(orientation), pairs) << turns;
+        const bool enough = consolidatePairs(fingers.context(), orientation);
+        const auto consolidated = naive::Consolidate(pairs, first, turned);
+        EXPECT_EQ(enough, consolidated.size() >= 3);
+        ASSERT_EQ(test::AsPlain(fingers.context().minutiaPairs), consolidated) << turns;
     }
 }
 
@@ -534,7 +651,7 @@ TEST(PairSearch, AgreesWithThePlainOneOnImpressionsOfRandomFingers) {
 }
 
 // Small extents give coincident corners, empty sides and equal keys; large ones wrapped sides.
-TEST(PairSearch, AgreesWithThePlainOneOnTrianglesOfAnyBytes) {
+TEST(PairSearch, AgreesWithThePlainOneOnTrianglesOfAnyVertices) {
     for (std::uint32_t seed = 100; seed < 130; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         std::mt19937 random(seed);

@@ -1,0 +1,186 @@
+#include "matcher/matching/candidate_index.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "matcher/features/triangle_feature.h"
+#include "matcher/matching/scratch.h"
+#include "tests/support/naive_matching.h"
+#include "tests/support/synthetic_fingers.h"
+
+namespace orl::matcher {
+namespace {
+
+// An index with the finger it was made from.
+class Indexed {
+  public:
+    explicit Indexed(std::vector<TriangleFeature> triangles)
+        : triangles_(std::move(triangles)),
+          scratch_(new Scratch),
+          finger_(orientedFinger(triangles_, *scratch_)),
+          index_(finger_, *scratch_) {}
+
+    const CandidateIndex& index() const { return index_; }
+
+    // Whether triangle `u` is found for any cyclic order of the triangle.
+    bool finds(const TriangleFeature& first, std::size_t u) const {
+        const CyclicCodes codes = cyclicCodesOf(first);
+        return std::any_of(codes.begin(), codes.end(), [&](const TriangleCode& code) {
+            const TriangleBits bits = index_.find(code, u / kTrianglesPerStretch);
+            const std::size_t bit = u % kTrianglesPerStretch;
+            return ((bit < 64 ? bits.low >> bit : bits.high >> (bit - 64)) & 1U) != 0;
+        });
+    }
+
+  private:
+    std::vector<TriangleFeature> triangles_;
+    std::unique_ptr<Scratch> scratch_;
+    OrientedFinger finger_;
+    CandidateIndex index_;
+};
+
+struct Tally {
+    int alike = 0;
+    int found = 0;
+    int tested = 0;
+};
+
+// Every pair that the plain test passes in any orientation must be found.
+void ExpectNoneMissed(const std::vector<TriangleFeature>& first,
+                      const std::vector<TriangleFeature>& second,
+                      Tally& tally) {
+    const Indexed indexed(second);
+    for (int turns = 0; turns < 4; ++turns) {
+        const auto turned = turns == 0 ? second : naive::Turned(second, turns);
+        for (std::size_t u = 0; u < second.size(); ++u) {
+            for (const TriangleFeature& triangle : first) {
+                const bool isAlike = naive::TriangleSimilarity(triangle, turned[u]) > 0;
+                const bool isFound = indexed.finds(triangle, u);
+                ASSERT_TRUE(isFound || !isAlike) << "triangle " << u << ", " << turns << " turns";
+                tally.alike += isAlike ? 1 : 0;
+                tally.found += isFound ? 1 : 0;
+                ++tally.tested;
+            }
+        }
+    }
+}
+
+// Copies whose directions and corners are moved a little: alike, and often just so.
+std::vector<TriangleFeature> Moved(std::mt19937& random, std::vector<TriangleFeature> triangles) {
+    for (TriangleFeature& triangle : triangles) {
+        auto [a, b, c] = triangle.vertices;
+        for (TriangleVertex* vertex : {&a, &b, &c}) {
+            vertex->angle = static_cast<std::uint8_t>(vertex->angle + random() % 36);
+            vertex->x = static_cast<std::uint8_t>(
+                std::min<int>(vertex->x + static_cast<int>(random() % 5), 255));
+        }
+        triangle = MakeTriangleFeature(a, b, c);
+    }
+    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+    return triangles;
+}
+
+TEST(CandidateIndex, MissesNoTriangleOfRandomFingers) {
+    Tally tally;
+    for (std::uint32_t seed = 0; seed < 6; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        const MinutiaList finger = test::RandomMinutiaList(random, 25);
+        const MinutiaList other = test::Impression(
+            random,
+            finger,
+            {.rotationDegrees = 90.0 * (seed % 4), .jitterPixels = 4, .jitterDegrees = 14});
+        ExpectNoneMissed(
+            test::BuiltFinger(finger).triangles, test::BuiltFinger(other).triangles, tally);
+    }
+    EXPECT_GT(tally.alike, 100);
+    EXPECT_LT(tally.found, tally.tested / 4);  // and finds few others
+}
+
+TEST(CandidateIndex, MissesNoTriangleWhateverItsVertices) {
+    Tally tally;
+    for (std::uint32_t seed = 0; seed < 12; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        const unsigned extent = seed % 4 == 0 ? 256 : seed % 4 == 1 ? 40 : seed % 4 == 2 ? 6 : 2;
+        const auto triangles = test::RandomTriangles(random, 70, extent);
+        ExpectNoneMissed(Moved(random, triangles), triangles, tally);
+        ExpectNoneMissed(triangles, triangles, tally);
+    }
+    EXPECT_GT(tally.alike, 1000);
+}
+
+// Corners in the grid's corners: sides of 255 and 361, the latter read as 105.
+TEST(CandidateIndex, MissesNoTriangleThatSpansTheGrid) {
+    std::mt19937 random(77);
+    std::vector<TriangleFeature> triangles;
+    for (int i = 0; i < 120; ++i) {
+        const auto corner = [&] {
+            return TriangleVertex{static_cast<std::uint8_t>(255 * (random() % 2)),
+                                  static_cast<std::uint8_t>(255 * (random() % 2)),
+                                  static_cast<std::uint8_t>(random()),
+                                  0};
+        };
+        const TriangleVertex a = corner();
+        const TriangleVertex b = corner();
+        triangles.push_back(MakeTriangleFeature(a, b, corner()));
+    }
+    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+    Tally tally;
+    ExpectNoneMissed(triangles, triangles, tally);
+    ExpectNoneMissed(Moved(random, triangles), triangles, tally);
+    EXPECT_GT(tally.alike, 250);
+}
+
+TEST(CandidateIndex, MissesNoFlatTriangle) {
+    std::mt19937 random(78);
+    std::vector<TriangleFeature> triangles;
+    for (int i = 0; i < 120; ++i) {
+        const int dx = static_cast<int>(random() % 3) - 1;
+        const int dy = static_cast<int>(random() % 3) - 1;
+        const auto onLine = [&] {
+            const int step = static_cast<int>(random() % 61) - 30;
+            return TriangleVertex{static_cast<std::uint8_t>(128 + dx * step),
+                                  static_cast<std::uint8_t>(128 + dy * step),
+                                  static_cast<std::uint8_t>(random() % 90),
+                                  0};
+        };
+        const TriangleVertex a = onLine();
+        const TriangleVertex b = onLine();
+        triangles.push_back(MakeTriangleFeature(a, b, onLine()));
+    }
+    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+    Tally tally;
+    ExpectNoneMissed(triangles, triangles, tally);
+    EXPECT_GT(tally.alike, 400);
+}
+
+TEST(CandidateIndex, HasAStretchForEvery128Triangles) {
+    std::mt19937 random(79);
+    for (const auto& [triangles, stretches] :
+         {std::pair{0U, 0U}, {1U, 1U}, {128U, 1U}, {129U, 2U}, {256U, 2U}, {257U, 3U}}) {
+        const Indexed indexed(test::RandomTriangles(random, triangles, 256));
+        EXPECT_EQ(indexed.index().stretchCount(), stretches) << triangles;
+    }
+}
+
+TEST(CandidateIndex, FindsEachTriangleOfALongListByItself) {
+    std::mt19937 random(80);
+    const auto triangles = test::RandomTriangles(random, 300, 256);
+    const Indexed indexed(triangles);
+    for (std::size_t u = 0; u < triangles.size(); ++u) {
+        EXPECT_TRUE(indexed.finds(triangles[u], u)) << u;
+    }
+    // Nothing stands behind the last triangle: 300 = 2 * 128 + 44.
+    const TriangleBits last = indexed.index().find(codeOf(triangles[299]), 2);
+    EXPECT_EQ(last.low >> 44U, 0U);
+    EXPECT_EQ(last.high, 0U);
+}
+
+}  // namespace
+}  // namespace orl::matcher

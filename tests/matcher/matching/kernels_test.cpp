@@ -1,0 +1,381 @@
+// The forms of each kernel against each other: what differs by processor must not differ in result.
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "matcher/features/lookup_tables.h"
+#include "matcher/matching/alignment.h"
+#include "matcher/matching/kernels/agreement_bound.h"
+#include "matcher/matching/kernels/triangle_code_kernels.h"
+#include "matcher/matching/pair_table.h"
+#include "matcher/matching/scaled_turns.h"
+#include "tests/support/synthetic_fingers.h"
+
+namespace orl::matcher {
+namespace {
+
+std::uint8_t RandomByte(std::mt19937& random) {
+    return static_cast<std::uint8_t>(random());
+}
+
+TriangleCode RandomCode(std::mt19937& random) {
+    TriangleCode code{};
+    for (const std::size_t group : {kTurnGroup, kNextEdgeGroup, kPreviousEdgeGroup, kSideGroup}) {
+        for (std::size_t j = 0; j < kCorners; ++j) {
+            code.bytes[group + j] = RandomByte(random);
+        }
+    }
+    return code;
+}
+
+// The code with each byte moved by up to `reach` either way, on the ring of bytes.
+TriangleCode CodeNear(std::mt19937& random, const TriangleCode& code, int reach) {
+    TriangleCode near{};
+    for (std::size_t i = 0; i < code.bytes.size(); ++i) {
+        const auto width = static_cast<unsigned>(2 * reach + 1);
+        const int moved = code.bytes[i] + static_cast<int>(random() % width) - reach;
+        near.bytes[i] = i % 4 == 3 ? std::uint8_t{0} : static_cast<std::uint8_t>(moved);
+    }
+    return near;
+}
+
+#if defined(__SSE2__)
+
+bool AreEqual(const CodeDifference& a, const CodeDifference& b) {
+    return a.turn == b.turn && a.edge == b.edge && a.side == b.side;
+}
+
+TEST(TriangleCodeKernels, MakeTheSameCodesOfQuarterTurns) {
+    const QuarterTurnBearings& bearings = QuarterTurnBearings::Table();
+    for (const unsigned extent : {256U, 30U, 3U, 1U}) {
+        std::mt19937 random(extent);
+        for (TriangleFeature triangle : test::RandomTriangles(random, 3000, extent)) {
+            if (random() % 4 == 0) {
+                triangle.vertices[1].angle = triangle.vertices[0].angle;
+            }
+            QuarterTurnCodes plainCodes;
+            QuarterTurnCodes codes;
+            plain::codesOfQuarterTurns(triangle, bearings, plainCodes);
+            sse2::codesOfQuarterTurns(triangle, bearings, codes);
+            ASSERT_EQ(codes, plainCodes);
+        }
+    }
+}
+
+TEST(TriangleCodeKernels, MakeTheSameCodesOfTheGridsCorners) {
+    constexpr std::array<std::uint8_t, 4> kBytes = {0, 127, 128, 255};
+    for (unsigned i = 0; i < (1U << 18U); i += 5) {
+        const auto byte = [&](unsigned n) { return kBytes[i >> 2 * n & 3U]; };
+        const TriangleFeature triangle{.vertices = {{byte(0), byte(1), byte(2), 0},
+                                                    {byte(3), byte(4), byte(5), 1},
+                                                    {byte(6), byte(7), byte(8), 2}},
+                                       .sides = {byte(0), byte(4), byte(8), byte(2)}};
+        QuarterTurnCodes plainCodes;
+        QuarterTurnCodes codes;
+        plain::codesOfQuarterTurns(triangle, QuarterTurnBearings::Table(), plainCodes);
+        sse2::codesOfQuarterTurns(triangle, QuarterTurnBearings::Table(), codes);
+        ASSERT_EQ(codes, plainCodes) << i;
+        for (std::size_t turns = 0; turns < kOrientations; ++turns) {
+            ASSERT_EQ(sse2::turnedVertices(triangle, turns),
+                      plain::turnedVertices(triangle, turns));
+        }
+    }
+}
+
+TEST(TriangleCodeKernels, TurnCodesAndVerticesAlike) {
+    std::mt19937 random(11);
+    for (int i = 0; i < 2000; ++i) {
+        const TriangleCode code = RandomCode(random);
+        for (std::size_t start = 0; start < kCorners; ++start) {
+            ASSERT_EQ(sse2::turnedCode(code, start), plain::turnedCode(code, start));
+        }
+    }
+    for (const TriangleFeature& triangle : test::RandomTriangles(random, 2000, 256)) {
+        for (std::size_t turns = 0; turns < kOrientations; ++turns) {
+            ASSERT_EQ(sse2::turnedVertices(triangle, turns),
+                      plain::turnedVertices(triangle, turns));
+        }
+    }
+}
+
+TEST(TriangleCodeKernels, FindTheSameQuarterTurnsToAgree) {
+    std::mt19937 random(12);
+    std::array<int, 16> met{};  // by which of the four agree
+    for (int i = 0; i < 40000; ++i) {
+        const TriangleCode first = RandomCode(random);
+        QuarterTurnCodes second;
+        for (TriangleCode& code : second) {
+            code = CodeNear(random, first, 34 + static_cast<int>(random() % 12));
+        }
+        const unsigned expected = plain::agreeingQuarterTurns(second, first);
+        ASSERT_EQ(sse2::agreeingQuarterTurns(second, first), expected);
+        ++met[expected];
+    }
+    for (unsigned which = 0; which < met.size(); ++which) {
+        EXPECT_GT(met[which], 100) << which;
+    }
+}
+
+TEST(TriangleCodeKernels, MeasureTheSameDifferencesOfRandomCodes) {
+    std::mt19937 random(13);
+    for (int i = 0; i < 40000; ++i) {
+        const TriangleCode first = RandomCode(random);
+        const TriangleCode second =
+            i % 2 == 0 ? RandomCode(random) : CodeNear(random, first, i % 40);
+        ASSERT_TRUE(AreEqual(sse2::largestDifferences(second, first),
+                             plain::largestDifferences(second, first)));
+    }
+}
+
+// Every pair of bytes in one place, all others equal.
+TEST(TriangleCodeKernels, MeasureTheSameDifferenceOfAnyTwoBytes) {
+    for (const std::size_t place : {0U, 2U, 4U, 6U, 8U, 10U, 12U, 14U}) {
+        for (unsigned a = 0; a < 256; ++a) {
+            for (unsigned b = 0; b < 256; ++b) {
+                TriangleCode first{};
+                TriangleCode second{};
+                first.bytes[place] = static_cast<std::uint8_t>(a);
+                second.bytes[place] = static_cast<std::uint8_t>(b);
+                const CodeDifference expected = plain::largestDifferences(second, first);
+                ASSERT_TRUE(AreEqual(sse2::largestDifferences(second, first), expected))
+                    << a << " and " << b << " in byte " << place;
+                const QuarterTurnCodes all = {second, first, first, second};
+                ASSERT_EQ(sse2::agreeingQuarterTurns(all, first),
+                          plain::agreeingQuarterTurns(all, first));
+            }
+        }
+    }
+}
+
+#endif
+
+TEST(TriangleCodeKernels, CostAsTheFormulaSays) {
+    // 34816 / 35 = 994, 17408 / 18 = 967.
+    EXPECT_EQ(costOf({34, 34, 17}), 994 * 994 * 967);
+    EXPECT_EQ(costOf({10, 10, 9}), 292 * 292 * 512);
+    EXPECT_EQ(costOf({0, 34, 17}), 0);
+    EXPECT_EQ(costOf({34, 0, 17}), 0);
+    EXPECT_EQ(costOf({34, 34, 0}), 0);
+}
+
+std::vector<std::pair<std::string, AgreementBounds>> AllForms() {
+    std::vector<std::pair<std::string, AgreementBounds>> forms = {
+        {"plain", plain::agreementBounds}, {"fastest", fastestAgreementBounds()}};
+#if defined(__SSE2__)
+    forms.emplace_back("sse2", sse2::agreementBounds);
+#endif
+#if defined(__SSE2__) && defined(__linux__)
+    if (__builtin_cpu_supports("avx2") != 0) {
+        forms.emplace_back("avx2", avx2::agreementBounds);
+    }
+#endif
+    return forms;
+}
+
+// Positions in the bounds' scales with the entries behind them that a wide read may touch; those
+// agree with everything, so that one counted by mistake shows.
+class Positions {
+  public:
+    Positions(std::mt19937& random, std::size_t count, unsigned extent) {
+        for (auto* values : {&firstX_, &firstY_, &secondX_, &secondY_}) {
+            values->assign(count + kBoundLanes, 0);
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto coordinate = [&] {
+                const bool isExtreme = extent == 0;
+                return static_cast<int>(isExtreme ? 255 * (random() % 2) : random() % extent);
+            };
+            firstX_[i] = static_cast<std::int16_t>(64 * coordinate());
+            firstY_[i] = static_cast<std::int16_t>(64 * coordinate());
+            secondX_[i] = static_cast<std::int16_t>(32 * coordinate());
+            secondY_[i] = static_cast<std::int16_t>(32 * coordinate());
+        }
+        for (std::size_t i = count; i < count + kBoundLanes; ++i) {
+            firstX_[i] = firstX_[0];
+            firstY_[i] = firstY_[0];
+            secondX_[i] = secondX_[0];
+            secondY_[i] = secondY_[0];
+        }
+    }
+
+    BoundPositions view() const {
+        return {firstX_.data(), firstY_.data(), secondX_.data(), secondY_.data()};
+    }
+
+  private:
+    std::vector<std::int16_t> firstX_, firstY_, secondX_, secondY_;
+};
+
+std::vector<std::uint16_t> BoundsOf(AgreementBounds form,
+                                    const BoundPositions& positions,
+                                    std::span<const BoundTask> tasks) {
+    constexpr std::uint16_t kUnwritten = 0xABCD;
+    std::vector<std::uint16_t> bounds(2 * tasks.size() + 1, kUnwritten);
+    form(positions, tasks, std::span(bounds).first(2 * tasks.size()));
+    EXPECT_EQ(bounds.back(), kUnwritten);
+    bounds.pop_back();
+    return bounds;
+}
+
+ScaledTurn RandomTurn(std::mt19937& random) {
+    return ScaledTurns::Table()[static_cast<std::int16_t>(static_cast<int>(random() % 511) - 255)];
+}
+
+TEST(AgreementBounds, AreTheSameInAllFormsForEveryCount) {
+    constexpr std::array<std::uint16_t, 15> kCounts = {
+        0, 1, 2, 7, 8, 9, 15, 16, 17, 31, 32, 33, 47, 64, 100};
+    for (const unsigned extent : {256U, 60U, 8U, 1U, 0U}) {
+        std::mt19937 random(extent);
+        const Positions positions(random, 200, extent);
+        std::vector<BoundTask> tasks;
+        for (const std::uint16_t count : kCounts) {
+            for (const int begin : {0, 1, 5, 8, 13, 99, 200 - count}) {
+                tasks.push_back({static_cast<std::uint16_t>(random() % 200),
+                                 static_cast<std::uint16_t>(begin),
+                                 static_cast<std::uint16_t>(std::min<int>(count, 200 - begin)),
+                                 {RandomTurn(random), RandomTurn(random)}});
+            }
+        }
+        const auto expected = BoundsOf(plain::agreementBounds, positions.view(), tasks);
+        for (const auto& [name, form] : AllForms()) {
+            EXPECT_EQ(BoundsOf(form, positions.view(), tasks), expected)
+                << name << ", extent " << extent;
+        }
+    }
+}
+
+TEST(AgreementBounds, CountEveryPairAtOneSpotWhateverTheTurn) {
+    std::mt19937 random(1);
+    const Positions positions(random, 40, 1);
+    for (const auto& [name, form] : AllForms()) {
+        for (std::uint16_t count = 0; count <= 40; ++count) {
+            const std::array<BoundTask, 1> task = {
+                {{3, 0, count, {RandomTurn(random), RandomTurn(random)}}}};
+            EXPECT_EQ(BoundsOf(form, positions.view(), task), (std::vector{count, count})) << name;
+        }
+    }
+}
+
+TEST(AgreementBounds, WriteNothingWithoutTasks) {
+    std::mt19937 random(2);
+    const Positions positions(random, 4, 256);
+    for (const auto& [name, form] : AllForms()) {
+        EXPECT_TRUE(BoundsOf(form, positions.view(), {}).empty()) << name;
+    }
+}
+
+// Offsets of the two fingers are as large as they get, under turns that add them up.
+TEST(AgreementBounds, AreTheSameInAllFormsForTheLargestOffsets) {
+    std::mt19937 random(3);
+    const Positions positions(random, 64, 0);
+    std::vector<BoundTask> tasks;
+    for (int rotation = -255; rotation <= 255; ++rotation) {
+        const ScaledTurn turn = ScaledTurns::Table()[static_cast<std::int16_t>(rotation)];
+        tasks.push_back({static_cast<std::uint16_t>(random() % 64), 0, 64, {turn, turn}});
+    }
+    const auto expected = BoundsOf(plain::agreementBounds, positions.view(), tasks);
+    for (const auto& [name, form] : AllForms()) {
+        EXPECT_EQ(BoundsOf(form, positions.view(), tasks), expected) << name;
+    }
+}
+
+// Pairs of one turn, so that position alone decides. Half of them lie at the limit: where the
+// alignment about pair 0 puts them, moved by 18 grid units or a little less.
+std::vector<MinutiaPair> PairsAtTheLimit(std::mt19937& random, std::size_t count, int rotation) {
+    std::vector<MinutiaPair> pairs = {{{128, 128, 50, 0}, {120, 130, 50, 0}}};
+    const double angle = rotation * 2 * 3.14159265358979323846 / 255;
+    while (pairs.size() < count) {
+        const MinutiaPair pair = {{RandomByte(random), RandomByte(random), 50, 0},
+                                  {RandomByte(random), RandomByte(random), 50, 0}};
+        const double dx = pair.first.x - 128.0;
+        const double dy = pair.first.y - 128.0;
+        const double way = static_cast<double>(random() % 628) / 100;
+        const double length = 17.2 + static_cast<double>(random() % 90) / 100;
+        const long x =
+            std::lround(120 + dx * std::cos(angle) - dy * std::sin(angle) + length * std::cos(way));
+        const long y =
+            std::lround(130 + dx * std::sin(angle) + dy * std::cos(angle) + length * std::sin(way));
+        const bool isInGrid = x >= 0 && x <= 255 && y >= 0 && y <= 255;
+        pairs.push_back(
+            isInGrid && random() % 8 != 0
+                ? MinutiaPair{pair.first,
+                              {static_cast<std::uint8_t>(x), static_cast<std::uint8_t>(y), 50, 0}}
+                : pair);
+    }
+    return pairs;
+}
+
+TEST(AgreementBounds, AreNeverBelowTheCountOfAnyAlignment) {
+    const auto scratch = std::make_unique<Scratch>();
+    int counted = 0;
+    int bounded = 0;
+    for (int rotation = -255; rotation <= 255; ++rotation) {
+        std::mt19937 random(static_cast<std::uint32_t>(rotation + 255));
+        scratch->release();
+        const auto pairs = PairsAtTheLimit(random, 60, rotation);
+        const PairTable table(pairs, *scratch);
+        const AlignmentVote vote(pairs, *scratch);
+        for (const std::uint32_t anchor : {0U, 7U}) {
+            const auto steps = static_cast<std::int16_t>(rotation);
+            const std::size_t place = table.placeOf(anchor);
+            const ScaledTurn turn = ScaledTurns::Table()[steps];
+            const std::array<BoundTask, 1> task = {{{static_cast<std::uint16_t>(place),
+                                                     table.alike(place).begin,
+                                                     table.alike(place).count,
+                                                     {turn, turn}}}};
+            const int count =
+                vote.evaluateAlignment(anchor, steps, {}, EvaluationDepth::kCountOnly).count;
+            for (const auto& [name, form] : AllForms()) {
+                ASSERT_GE(BoundsOf(form, table.positions(), task)[0], count)
+                    << name << ", rotation " << rotation << ", anchor " << anchor;
+            }
+            counted += count;
+            bounded += BoundsOf(plain::agreementBounds, table.positions(), task)[0];
+        }
+    }
+    EXPECT_GT(counted, 511 * 10);
+    // A bound of use: not far above what it bounds, though half of these pairs lie at the limit.
+    EXPECT_LT(bounded, 2 * counted);
+}
+
+TEST(AgreementBounds, CountAResidualOfExactly18GridUnits) {
+    // About an anchor at the origin without a rotation: (18, 0) and the like, and no more.
+    const std::vector<MinutiaPair> pairs = {{{100, 100, 50, 0}, {100, 100, 50, 0}},
+                                            {{30, 200, 50, 0}, {48, 200, 50, 0}},
+                                            {{30, 200, 50, 0}, {12, 200, 50, 0}},
+                                            {{255, 0, 50, 0}, {255, 18, 50, 0}},
+                                            {{0, 255, 50, 0}, {0, 237, 50, 0}},
+                                            {{60, 60, 50, 0}, {72, 73, 50, 0}},   // 144 + 169 = 313
+                                            {{60, 60, 50, 0}, {80, 60, 50, 0}},   // 20 off
+                                            {{60, 60, 50, 0}, {75, 75, 50, 0}}};  // 21.2 off
+    const auto scratch = std::make_unique<Scratch>();
+    const PairTable table(pairs, *scratch);
+    const ScaledTurn none = ScaledTurns::Table()[0];
+    const std::array<BoundTask, 1> task = {
+        {{static_cast<std::uint16_t>(table.placeOf(0)), 0, 8, {none, none}}}};
+    for (const auto& [name, form] : AllForms()) {
+        EXPECT_EQ(BoundsOf(form, table.positions(), task)[0], 6) << name;
+    }
+}
+
+TEST(ScaledTurns, HoldTheTablesCosinesAndSinesIn32767ths) {
+    for (int rotation = -255; rotation <= 255; ++rotation) {
+        const auto steps = static_cast<std::int16_t>(rotation);
+        const ScaledTurn turn = ScaledTurns::Table()[steps];
+        EXPECT_NEAR(turn.cosine, 32767.0 * static_cast<double>(Cos(steps)), 0.51) << rotation;
+        EXPECT_NEAR(turn.sine, 32767.0 * static_cast<double>(Sin(steps)), 0.51) << rotation;
+    }
+}
+
+}  // namespace
+}  // namespace orl::matcher
