@@ -652,7 +652,7 @@ TEST(PairSearch, AgreesWithThePlainOneOnImpressionsOfRandomFingers) {
 
 // Small extents give coincident corners, empty sides and equal keys; large ones wrapped sides.
 TEST(PairSearch, AgreesWithThePlainOneOnTrianglesOfAnyVertices) {
-    for (std::uint32_t seed = 100; seed < 130; ++seed) {
+    for (std::uint32_t seed = 100; seed < 112; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         std::mt19937 random(seed);
         const unsigned extent = seed % 3 == 0 ? 256 : seed % 3 == 1 ? 30 : 4;
