@@ -144,9 +144,11 @@ bool isBetterEvaluation(const AlignmentEvaluation& challenger, const AlignmentEv
     return challenger.angleMedian < best.angleMedian;
 }
 
-// Whether the first comes before the second when counts are ranked, highest first; of equal ones the
-// first hypothesis. `order` is the hypothesis's index.
-bool ranksBefore(std::int32_t count, std::size_t order, std::int32_t otherCount,
+// Whether the first comes before the second when counts are ranked, highest first; of equal ones
+// the first hypothesis. `order` is the hypothesis's index.
+bool ranksBefore(std::int32_t count,
+                 std::size_t order,
+                 std::int32_t otherCount,
                  std::size_t otherOrder) {
     return count != otherCount ? count > otherCount : order < otherOrder;
 }
@@ -182,8 +184,7 @@ AlignmentVote::AlignmentVote(std::span<const MinutiaPair> pairs, Scratch& scratc
         tasks[i] = boundTask(place,
                              turns[rotationOf(kHypothesesPerPair * i)],
                              turns[rotationOf(kHypothesesPerPair * i + 1)]);
-        anyRotationCountBound_ =
-            std::max(anyRotationCountBound_, std::int32_t{tasks[i].count});
+        anyRotationCountBound_ = std::max(anyRotationCountBound_, std::int32_t{tasks[i].count});
     }
     boundsOf_(table_.positions(), tasks, bounds_);
     countBound_ = *std::max_element(bounds_.begin(), bounds_.end());
@@ -212,7 +213,8 @@ AlignmentEvaluation AlignmentVote::evaluateAlignment(std::uint32_t anchor,
     const bool withStatistics = depth == EvaluationDepth::kWithStatistics;
     const std::size_t place = table_.placeOf(anchor);
     const Alignment alignment{pairs_[anchor], rotation, Cos(rotation), Sin(rotation)};
-    Agreement agreement{Box(alignment.anchor.first), Box(alignment.anchor.second), distances_, angles_};
+    Agreement agreement{
+        Box(alignment.anchor.first), Box(alignment.anchor.second), distances_, angles_};
     AlignmentEvaluation evaluation{.count = 1, .anchor = anchor, .rotation = rotation};
     const PairTable::Stretch alike = table_.alike(place);
     for (std::size_t i = alike.begin; i < alike.begin + alike.count; ++i) {
@@ -248,8 +250,8 @@ AlignmentHypothesis AlignmentVote::counted(std::size_t hypothesis) const {
 
 AlignmentHypothesis AlignmentVote::findBestAlignment() const {
     // The most promising one sets the mark for the others.
-    auto bestIndex = static_cast<std::size_t>(
-        std::max_element(bounds_.begin(), bounds_.end()) - bounds_.begin());
+    auto bestIndex = static_cast<std::size_t>(std::max_element(bounds_.begin(), bounds_.end()) -
+                                              bounds_.begin());
     AlignmentHypothesis best = counted(bestIndex);
     for (std::size_t hypothesis = 0; hypothesis < bounds_.size(); ++hypothesis) {
         if (hypothesis == bestIndex ||

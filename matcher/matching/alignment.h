@@ -52,8 +52,8 @@ class AlignmentVote {
     // No alignment about any anchor, whatever its rotation, has a greater count than this.
     std::int32_t anyRotationCountBound() const { return anyRotationCountBound_; }
 
-    // Lays the anchor pair's vertices on each other, turns the first finger by `rotation` about them
-    // and counts the pairs that agree: position within 18 grid units, direction and relative
+    // Lays the anchor pair's vertices on each other, turns the first finger by `rotation` about
+    // them and counts the pairs that agree: position within 18 grid units, direction and relative
     // direction within their limits. The anchor agrees with itself.
     // REQUIRES: anchor < pairs.size(); rotation in -255..255.
     AlignmentEvaluation evaluateAlignment(std::uint32_t anchor,

@@ -49,7 +49,6 @@ class CandidateIndex {
     TriangleBits find(const TriangleCode& code, std::size_t stretch) const;
 
   private:
-
     std::size_t stretchCount_;
     std::span<TriangleBits> sets_;  // by indexed byte, then stretch, then cell
 };

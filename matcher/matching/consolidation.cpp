@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cassert>
 
 #include "matcher/matching/pair_search.h"
 

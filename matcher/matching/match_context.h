@@ -40,7 +40,7 @@ struct MinutiaPair {
 // The memory that all finger pairs of a call use in turn.
 struct MatchMemory {
     Scratch scratch;
-    PositionSet firstPositions;   // both empty between uses
+    PositionSet firstPositions;  // both empty between uses
     PositionSet secondPositions;
 };
 

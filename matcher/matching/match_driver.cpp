@@ -104,8 +104,8 @@ TemplateMatchResult matchTemplates(std::span<const FingerFeatures> first,
         return result;
     }
     const std::unique_ptr<MatchMemory> memory(new MatchMemory);
-    // The first pair needs no special case: nothing that it can yield is worse than zero, and a zero
-    // result stands for pair 0, 0.
+    // The first pair needs no special case: nothing that it can yield is worse than zero, and a
+    // zero result stands for pair 0, 0.
     FingerMatchResult best;
     for (std::size_t i = 0; i < first.size(); ++i) {
         for (std::size_t j = 0; j < second.size(); ++j) {

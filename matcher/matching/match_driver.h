@@ -28,11 +28,11 @@ TemplateMatchResult matchTemplates(std::span<const FingerFeatures> first,
 // REQUIRES: searchTrianglePairs has filled the context. Throws: std::bad_alloc.
 bool matchFingerAllOrientations(MatchContext& context, FingerMatchResult& best);
 
-// Matches the context's finger pair with the second finger given `orientation` (0..3) quarter turns.
-// The result is all zero when fewer than 3 triangle pairs, fewer than 3 minutia pairs or fewer than
-// 4 agreeing pairs are found. Nothing is returned as soon as it is certain that the result is not
-// better than `best`, where one is given.
-// REQUIRES: searchTrianglePairs has filled the context. Throws: std::bad_alloc.
+// Matches the context's finger pair with the second finger given `orientation` (0..3) quarter
+// turns. The result is all zero when fewer than 3 triangle pairs, fewer than 3 minutia pairs or
+// fewer than 4 agreeing pairs are found. Nothing is returned as soon as it is certain that the
+// result is not better than `best`, where one is given. REQUIRES: searchTrianglePairs has filled
+// the context. Throws: std::bad_alloc.
 std::optional<FingerMatchResult> matchFinger(MatchContext& context,
                                              std::size_t orientation,
                                              const FingerMatchResult* best);

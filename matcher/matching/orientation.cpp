@@ -57,9 +57,7 @@ std::array<TriangleVertex, kCorners> orderedVertices(const OrientedTriangle& tri
                                                      std::size_t orientation) {
     const auto& vertices = triangle.vertices[orientation];
     const std::size_t start = triangle.start[orientation];
-    return {vertices[start],
-            vertices[(start + 1) % kCorners],
-            vertices[(start + 2) % kCorners]};
+    return {vertices[start], vertices[(start + 1) % kCorners], vertices[(start + 2) % kCorners]};
 }
 
 OrientedFinger orientedFinger(std::span<const TriangleFeature> triangles, Scratch& scratch) {

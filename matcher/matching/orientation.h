@@ -5,10 +5,10 @@
 //
 // A turned triangle is made anew by the triangle constructor, so its vertices stand in the order of
 // that constructor, not in that of the triangle it was turned from. Nearly always this is the same
-// cyclic order with another first vertex. Its side lengths are the same, as a quarter turn swaps and
-// mirrors coordinates without changing a difference's size. So a turned list that is sorted again,
-// ties kept, stands in the order of the list it was made from, and index u means the same triangle
-// in all four.
+// cyclic order with another first vertex. Its side lengths are the same, as a quarter turn swaps
+// and mirrors coordinates without changing a difference's size. So a turned list that is sorted
+// again, ties kept, stands in the order of the list it was made from, and index u means the same
+// triangle in all four.
 
 #include <array>
 #include <cstddef>
@@ -27,8 +27,8 @@ struct OrientedTriangle {
     std::array<std::array<TriangleVertex, kCorners>, kOrientations> vertices;
     // Which of those is the turned triangle's first vertex.
     std::array<std::uint8_t, kOrientations> start;
-    // Whether a turn reverses the vertices' cyclic order (flat triangles) or leaves an edge as it is
-    // (one without length has bearing 0 in every orientation).
+    // Whether a turn reverses the vertices' cyclic order (flat triangles) or leaves an edge as it
+    // is (one without length has bearing 0 in every orientation).
     bool isIrregular;
 };
 

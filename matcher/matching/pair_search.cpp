@@ -31,8 +31,10 @@ class KeyRange {
   public:
     explicit KeyRange(std::span<const TriangleFeature> sorted) : sorted_(sorted) {}
 
-    // Moves on to `key`. The limits wrap in 8 bits: a key within reach of either end of the signed
-    // range gets an upper limit below its lower one, and so an empty range.
+    // Moves on to `key`.
+    //
+    // Deliberate: the limits wrap in 8 bits. A key within reach of either end of the signed range
+    // gets an upper limit below its lower one, and so an empty range.
     void moveTo(std::int8_t key) {
         const auto lowest = static_cast<std::int8_t>(key - kKeyReachGridUnits);
         const auto highest = static_cast<std::int8_t>(key + kKeyReachGridUnits);
@@ -87,8 +89,8 @@ std::int32_t largestSideDifference(const TriangleCode& second, const TriangleCod
     return largest;
 }
 
-// The cost of a pair that agrees in turns and edges under the first triangle's cyclic order `order`,
-// with its sides as under `sideOrder`; the mark when the sides differ too much.
+// The cost of a pair that agrees in turns and edges under the first triangle's cyclic order
+// `order`, with its sides as under `sideOrder`; the mark when the sides differ too much.
 //
 // A turn may change a triangle's first vertex, while its sides are sorted and stay.
 std::int32_t costOfTurned(const TriangleCode& second,
@@ -106,9 +108,9 @@ std::int32_t costOfTurned(const TriangleCode& second,
 // The smallest costs of a pair of triangles, one an orientation.
 using OrientationCosts = std::array<std::int32_t, kOrientations>;
 
-// Tries the cyclic orders in `orders` (bit q: the first triangle's order that starts at vertex q) in
-// all orientations. In an orientation whose triangle starts at list vertex s, order q is its order
-// q + s.
+// Tries the cyclic orders in `orders` (bit q: the first triangle's order that starts at vertex q)
+// in all orientations. In an orientation whose triangle starts at list vertex s, order q is its
+// order q + s.
 OrientationCosts smallestCosts(const QuarterTurnCodes& second,
                                const OrientedTriangle& oriented,
                                const CyclicCodes& first,
@@ -156,8 +158,7 @@ void testFound(MatchContext& context,
             addPairs(context,
                      first,
                      second,
-                     static_cast<unsigned>((orders[0] >> bit & 1U) |
-                                           (orders[1] >> bit & 1U) << 1U |
+                     static_cast<unsigned>((orders[0] >> bit & 1U) | (orders[1] >> bit & 1U) << 1U |
                                            (orders[2] >> bit & 1U) << 2U));
         }
     }

@@ -15,8 +15,8 @@ namespace orl::matcher {
 void searchTrianglePairs(MatchContext& context);
 
 // Compares the vertices of `second` with those of the first finger's triangle `firstCodes` under
-// the three cyclic orders and returns the similarity of the best: 1024 for equal triangles, less for
-// more costly ones, 0 when no order passes. Which order passed is not kept.
+// the three cyclic orders and returns the similarity of the best: 1024 for equal triangles, less
+// for more costly ones, 0 when no order passes. Which order passed is not kept.
 std::int32_t scoreTrianglePair(const TriangleCode& second, const CyclicCodes& firstCodes);
 
 // Ranks the triangle pairs of an orientation by similarity (equal ones keep their order) and fills

@@ -40,8 +40,8 @@ std::uint32_t applyQualityStages(const AlignmentEvaluation& evaluation,
                                  bool refined,
                                  std::uint32_t score);
 
-// Whether a finger match may still be better than `best`, or tie with it, when no alignment has more
-// than `matchedBound` agreeing pairs, nor more than `refinedMatchedBound` after a refinement.
+// Whether a finger match may still be better than `best`, or tie with it, when no alignment has
+// more than `matchedBound` agreeing pairs, nor more than `refinedMatchedBound` after a refinement.
 // REQUIRES: matchedBound <= refinedMatchedBound <= 65535.
 bool mayBeBetter(const FingerMatchResult& best,
                  std::uint64_t matchedBound,

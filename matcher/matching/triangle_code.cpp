@@ -38,7 +38,7 @@ CyclicCodes cyclicCodesOf(const TriangleFeature& triangle) {
 }
 
 bool sidesAreNear(std::uint32_t secondSides, std::uint32_t firstSides) {
-    constexpr std::uint32_t kReach = 0x00111111;      // 17 grid units in each byte
+    constexpr std::uint32_t kReach = 0x00111111;       // 17 grid units in each byte
     constexpr std::uint32_t kAboveRange = 0x005D5D5D;  // 127 - 34: carries into the high bit above
     constexpr std::uint32_t kLowBits = 0x007F7F7F;
     constexpr std::uint32_t kHighBits = 0x00808080;

@@ -9,6 +9,9 @@
 //   bytes 12..14  side lengths                                                  plain bytes
 //   bytes  3, 7, 11, 15  zero
 //
+// Deliberate: an edge's bearing counts by its low 8 bits, so -64 steps read as 192 on the circle of
+// 255.
+//
 // "Next" is cyclic: 0, 1, 2, 0. Comparing the second triangle with the first under a cyclic order
 // that starts at the first triangle's vertex p means comparing its code with the first's code
 // turned by p: three bytes of each group moved up.
@@ -45,12 +48,14 @@ CyclicCodes cyclicCodesOf(const TriangleFeature& triangle);
 // The codes of one triangle after 0, 1, 2 and 3 quarter turns in the grid.
 using QuarterTurnCodes = std::array<TriangleCode, kOrientations>;
 
-// Whether the side lengths differ by at most 17 each, the differences taken modulo 256. The sides
-// are given as little-endian words; the fourth byte does not count.
+// Whether the side lengths differ by at most 17 each.
+//
+// Deliberate: the differences are taken modulo 256, unlike those of the pair test. The sides are
+// given as little-endian words; the fourth byte does not count.
 bool sidesAreNear(std::uint32_t secondSides, std::uint32_t firstSides);
 
-// A vertex after `quarterTurns` (0..3) quarter turns: (x, y) goes to (255 - y, x), and its direction
-// grows by 64 of 256 steps, a turn.
+// A vertex after `quarterTurns` (0..3) quarter turns: (x, y) goes to (255 - y, x), and its
+// direction grows by 64 of 256 steps, a turn.
 TriangleVertex turnedVertex(const TriangleVertex& vertex, std::size_t quarterTurns);
 
 }  // namespace orl::matcher

@@ -13,7 +13,8 @@
 namespace orl::matcher {
 
 // Positions of minutia pairs as the bound reads them: arrays of 16-bit numbers, first vertices in
-// 1/64 grid unit, second ones in 1/32. Readable for kBoundLanes entries beyond any stretch asked for.
+// 1/64 grid unit, second ones in 1/32. Readable for kBoundLanes entries beyond any stretch asked
+// for.
 struct BoundPositions {
     const std::int16_t* firstX64;
     const std::int16_t* firstY64;
@@ -30,10 +31,11 @@ struct ScaledTurn {
 };
 
 // A residual of at most 18 grid units keeps both coordinates' errors within these, in 1/32 grid
-// unit: 18 * 32 = 576 each and, for the sum of their sizes, 18 * sqrt(2) * 32 = 814.6. Rounding adds
-// to that: each product is cut down by less than 1, so x is off by less than 1 and y by less than 2;
-// the turn's numbers are rounded (at most 510 * 64 / 65536 / 2 = 0.25) and scaled by 32767 in place
-// of 32768 (361 * 32 / 32768 = 0.35). Together less than 2.6 for one coordinate and 4.3 for both.
+// unit: 18 * 32 = 576 each and, for the sum of their sizes, 18 * sqrt(2) * 32 = 814.6. Rounding
+// adds to that: each product is cut down by less than 1, so x is off by less than 1 and y by less
+// than 2; the turn's numbers are rounded (at most 510 * 64 / 65536 / 2 = 0.25) and scaled by 32767
+// in place of 32768 (361 * 32 / 32768 = 0.35). Together less than 2.6 for one coordinate and 4.3
+// for both.
 inline constexpr std::int16_t kBoundPerCoordinate = 576 + 3;
 inline constexpr std::int16_t kBoundBothCoordinates = 815 + 6;
 
@@ -45,9 +47,9 @@ struct BoundTask {
     std::array<ScaledTurn, 2> turns;
 };
 
-// Writes for each task and turn, in order, how many of the task's pairs may lie within 18 grid units
-// of where the alignment puts them: at least as many as do. The anchor counts itself when it is among
-// them. `bounds` has room for two numbers a task.
+// Writes for each task and turn, in order, how many of the task's pairs may lie within 18 grid
+// units of where the alignment puts them: at least as many as do. The anchor counts itself when it
+// is among them. `bounds` has room for two numbers a task.
 namespace plain {
 void agreementBounds(const BoundPositions& positions,
                      std::span<const BoundTask> tasks,
@@ -71,8 +73,8 @@ void agreementBounds(const BoundPositions& positions,
 }  // namespace avx2
 #endif
 
-// The fastest form that this processor runs. Windows keeps to 128 bits: compilers for it are known to
-// spill wider registers to a stack that is not aligned for them.
+// The fastest form that this processor runs. Windows keeps to 128 bits: compilers for it are known
+// to spill wider registers to a stack that is not aligned for them.
 using AgreementBounds = void (*)(const BoundPositions&,
                                  std::span<const BoundTask>,
                                  std::span<std::uint16_t>);

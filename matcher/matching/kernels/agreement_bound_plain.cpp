@@ -12,7 +12,10 @@ int highProduct(int a, int b) {
     return (a * b) >> kHalfBits;
 }
 
-bool mayAgree(const BoundPositions& positions, std::size_t pair, std::size_t anchor, ScaledTurn turn) {
+bool mayAgree(const BoundPositions& positions,
+              std::size_t pair,
+              std::size_t anchor,
+              ScaledTurn turn) {
     const int dx = positions.firstX64[pair] - positions.firstX64[anchor];
     const int dy = positions.firstY64[pair] - positions.firstY64[anchor];
     const int errorX = highProduct(dx, turn.cosine) - highProduct(dy, turn.sine) -

@@ -14,8 +14,6 @@
 
 namespace orl::matcher {
 
-
-
 // A byte of a comparison may differ by this much at most.
 inline constexpr std::uint8_t kMaxTurnDifferenceSteps = 34;
 inline constexpr std::uint8_t kMaxEdgeDifferenceSteps = 34;

@@ -2,10 +2,10 @@
 
 #if defined(__SSE2__)
 
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <cstring>
+
+#include <emmintrin.h>
 
 namespace orl::matcher::sse2 {
 namespace {
@@ -76,7 +76,8 @@ void codesOfQuarterTurns(const TriangleFeature& triangle,
     constexpr int kSwapHalves = 0x4E;  // groups 2, 3, 0, 1: two more quarter turns
     const __m128i directions = turnedDirections(triangle);
     const __m128i nextEdges = nextEdgeBearings(triangle, bearings);
-    // The edge into vertex j from the previous one is the edge into the previous one, turned around.
+    // The edge into vertex j from the previous one is the edge into the previous one, turned
+    // around.
     const __m128i previousEdges = turnGroups(_mm_shuffle_epi32(nextEdges, kSwapHalves), 2);
     const __m128i mask = groupsOf(kGroupBytes);
     const __m128i turn = _mm_and_si128(turnsBetween(directions, turnGroups(directions, 1)), mask);
@@ -125,7 +126,8 @@ std::array<TriangleVertex, kCorners> turnedVertices(const TriangleFeature& trian
 
 namespace {
 
-// Byte-wise differences, the shorter way round for bytes that lie on a circle: 255 - d is d inverted.
+// Byte-wise differences, the shorter way round for bytes that lie on a circle: 255 - d is d
+// inverted.
 __m128i differencesOf(__m128i a, __m128i b) {
     const __m128i circularBytes = _mm_set_epi32(0, -1, -1, -1);
     const __m128i plainDifference = _mm_or_si128(_mm_subs_epu8(a, b), _mm_subs_epu8(b, a));
