@@ -73,7 +73,7 @@ void BiometricUnit::openStore(const std::string& path,
     storage().readOnly = options.readOnly;
     storage().lockWait = options.lockWait;
     const std::filesystem::path file = tools::pathFromUtf8(path);
-    if (use == StoreUse::CreateIfMissing) {
+    if (use == StoreUse::CreateIfMissing && !options.readOnly) {
         createStore(file);
     }
     GUID databaseId = kDatabaseId;

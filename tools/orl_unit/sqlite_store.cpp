@@ -125,10 +125,9 @@ bool isUniqueViolation(const SqliteError& error) {
 }  // namespace
 
 SqliteStore::SqliteStore(SqliteDatabase database)
-    : database_(std::move(database)), readStatement_(database_, kSelectRecord) {
-    checkSchema(database_);
-    format_ = readFormat(database_);
-}
+    : database_(std::move(database)),
+      format_(readFormat(database_)),
+      readStatement_(database_, kSelectRecord) {}
 
 StoreStatus SqliteStore::create(const std::filesystem::path& path,
                                 const StoreFormat& format,
@@ -165,6 +164,7 @@ StoreStatus SqliteStore::open(const std::filesystem::path& path,
         if (hasNoSchema(database)) {
             return {StoreFault::CannotFind, "is an empty file"};
         }
+        checkSchema(database);
         store.reset(new SqliteStore(std::move(database)));
         return {};
     });

@@ -1,0 +1,197 @@
+// orl-unit as a program, on every platform: usage, exit status, messages, and the demonstration.
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/support/record_builder.h"
+#include "tests/support/scratch_folder.h"
+#include "tests/tools/orl_unit/unit_program.h"
+
+namespace orl::test {
+namespace {
+
+std::string firstLine(const std::string& text) {
+    return text.substr(0, text.find('\n'));
+}
+
+// One line, which names the program.
+void expectOneComplaint(const ProgramOutcome& outcome, const std::string& part) {
+    EXPECT_EQ(outcome.exitStatus, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err.find("orl-unit: "), 0U) << outcome.err;
+    EXPECT_NE(outcome.err.find(part), std::string::npos) << outcome.err;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+}
+
+TEST(OrlUnit, HelpAndVersionEndWell) {
+    for (const char* command : {"enroll", "verify", "identify", "list", "delete", "demo"}) {
+        const ProgramOutcome help = RunOrlUnit({command, "--help"});
+        EXPECT_EQ(help.exitStatus, 0) << command;
+        EXPECT_NE(RunOrlUnit({"--help"}).out.find(command), std::string::npos) << command;
+    }
+    EXPECT_EQ(RunOrlUnit({"--version"}).out, "orl-unit " ORL_VERSION "\n");
+}
+
+TEST(OrlUnit, WrongUsageEndsWithTwo) {
+    const std::vector<std::vector<std::string>> wrong = {
+        {},
+        {"conquer"},
+        {"verify"},
+        {"verify", "alice", "right-index"},
+        {"enroll", "alice", "right-index"},
+        {"enroll", "--list", "a", "alice", "right-index", "x.fmr"},
+        {"identify"},
+        {"identify", "a.fmr", "b.fmr"},
+        {"list", "extra"},
+        {"delete"},
+        {"delete", "alice", "--all"},
+        {"demo", "--impostors", "many"},
+        {"list", "--store", ""},
+        {"list", "--wait", "-1"},
+        {"list", "--unknown"},
+    };
+    for (const auto& arguments : wrong) {
+        const ProgramOutcome outcome = RunOrlUnit(arguments);
+        EXPECT_EQ(outcome.exitStatus, 2) << testing::PrintToString(arguments);
+        EXPECT_NE(outcome.err, "") << testing::PrintToString(arguments);
+        EXPECT_EQ(outcome.out, "") << testing::PrintToString(arguments);
+    }
+}
+
+TEST(OrlUnit, TheDemonstrationCountsEveryOutcome) {
+    const ProgramOutcome outcome = RunOrlUnit({"demo", "--data", "samples", "--json"});
+    ASSERT_EQ(outcome.exitStatus, 0) << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+    const auto json = nlohmann::json::parse(outcome.out);
+    // 10 fingers x 4 impressions: 10 enrolled, 30 further ones, each against 9 other fingers.
+    EXPECT_EQ(json["fingers"], 10);
+    EXPECT_EQ(json["impressions"], 40);
+    EXPECT_EQ(json["enroll"]["samples"], 10);
+    EXPECT_EQ(json["enroll"]["comparisons"], 10 * 9 / 2);
+    EXPECT_EQ(json["verifyGenuine"]["samples"], 30);
+    EXPECT_EQ(json["verifyImpostor"]["samples"], 270);
+    EXPECT_EQ(json["impostorPairs"], 270);
+    EXPECT_EQ(json["identify"]["samples"], 30);
+    // Most genuine impressions are accepted and hardly an impostor.
+    EXPECT_GE(json["verifyGenuine"]["accepted"], 20);
+    EXPECT_LE(json["verifyImpostor"]["accepted"], 2);
+    EXPECT_GE(json["identify"]["right"], 20);
+    EXPECT_GT(json["millisecondsPerComparison"], 0.0);
+    EXPECT_EQ(json["unusable"].size(), 0U);
+}
+
+TEST(OrlUnit, TheDemonstrationFindsItsSamplesAndPrintsATable) {
+    const ProgramOutcome outcome = RunOrlUnit({"demo", "--impostors", "7"});
+    ASSERT_EQ(outcome.exitStatus, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("10 fingers, 40 impressions"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("\nVerify, impostor        7 "), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("Impostor samples are 7 evenly spread of 270 pairs."),
+              std::string::npos);
+}
+
+TEST(OrlUnit, TheDemonstrationGoesOnBesideUnusableAndDuplicateRecords) {
+    const ScratchFolder folder;
+    const auto record = BuildRecord(RandomMinutiae(5, 40));
+    folder.Write("a_1.fmr", record);
+    folder.Write("a_2.fmr", record);
+    folder.Write("b_1.fmr", record);  // the same finger under another name
+    folder.Write("c_1.fmr", BuildRecord(RandomMinutiae(6, 2)));
+    folder.Write("d_1.fmr", std::vector<std::uint8_t>{1, 2, 3});
+    const ProgramOutcome outcome = RunOrlUnit({"demo", "--data", folder.PathOf("."), "--json"});
+    ASSERT_EQ(outcome.exitStatus, 0) << outcome.err;
+    const auto json = nlohmann::json::parse(outcome.out);
+    EXPECT_EQ(json["enroll"]["accepted"], 1);
+    EXPECT_EQ(json["enroll"]["rejected"], 1);
+    EXPECT_EQ(json["duplicates"][0]["record"], "b_1.fmr");
+    EXPECT_EQ(json["duplicates"][0]["duplicateOf"], "a");
+    EXPECT_EQ(json["unusable"].size(), 2U);
+    EXPECT_EQ(json["verifyGenuine"]["accepted"], 1);
+    EXPECT_EQ(json["verifyImpostor"]["samples"], 0);
+}
+
+TEST(OrlUnit, TheDemonstrationOfAFolderWithoutRecordsFails) {
+    const ScratchFolder folder;
+    expectOneComplaint(RunOrlUnit({"demo", "--data", folder.PathOf(".")}),
+                       "holds no usable record");
+    expectOneComplaint(RunOrlUnit({"demo", "--data", folder.PathOf("missing")}), "cannot be read");
+}
+
+TEST(OrlUnit, AWrongModuleIsTold) {
+    const ScratchFolder folder;
+    const std::string text = folder.Write("text.so", std::vector<std::uint8_t>{'x'});
+    expectOneComplaint(RunOrlUnit({"--module", text, "--store", ":memory:", "list"}),
+                       "cannot be loaded");
+    expectOneComplaint(
+        RunOrlUnit({"--module", folder.PathOf("no.so"), "--store", ":memory:", "list"}),
+        "does not exist");
+    expectOneComplaint(RunOrlUnit({"--module", ORL_OTHER_MODULE, "--store", ":memory:", "list"}),
+                       "is no engine adapter");
+}
+
+TEST(OrlUnit, ABadRecordIsTold) {
+    const ScratchFolder folder;
+    const std::string bad = folder.Write("bad.fmr", std::vector<std::uint8_t>(50));
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"enroll", "alice", "right-index", bad},
+          {"verify", "alice", "right-index", bad},
+          {"identify", bad}}) {
+        std::vector<std::string> all = {"--store", ":memory:"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        expectOneComplaint(RunOrlUnit(all), "is not a finger minutiae record of version 20");
+    }
+}
+
+TEST(OrlUnit, AWrongFingerOrNameIsTold) {
+    const std::string record = SampleRecord("101_1");
+    expectOneComplaint(RunOrlUnit({"--store", ":memory:", "enroll", "alice", "pinky", record}),
+                       "unknown finger 'pinky'");
+    expectOneComplaint(RunOrlUnit({"--store", ":memory:", "enroll", "alice", "any", record}),
+                       "enrolled under its own name");
+    expectOneComplaint(RunOrlUnit({"--store", ":memory:", "enroll", "a\nb", "left-thumb", record}),
+                       "the name 'a?b' holds a control character");
+}
+
+TEST(OrlUnit, EnrollsIntoMemoryForAsLongAsItRuns) {
+    const ProgramOutcome outcome = RunOrlUnit(
+        {"enroll", "--store", ":memory:", "alice", "Right-Index", SampleRecord("101_1")});
+    EXPECT_EQ(outcome.exitStatus, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, "enrolled alice right-index\n");
+}
+
+TEST(OrlUnit, AListIsEnrolledLineByLine) {
+    const std::string list = "alice\tright-index\t" + SampleRecord("101_1") +
+                             "\n"
+                             "no tabs here\n"
+                             "bob\tright-index\tmissing.fmr\n"
+                             "bob\tpinky\t" +
+                             SampleRecord("102_1") +
+                             "\n"
+                             "alice\tright-index\t" +
+                             SampleRecord("102_1") +
+                             "\r\n"
+                             "carol\tleft-thumb\t" +
+                             SampleRecord("103_1") + "\r\n";
+    const ProgramOutcome outcome =
+        RunOrlUnit({"--store", ":memory:", "enroll", "--list", "-"}, list);
+    EXPECT_EQ(outcome.exitStatus, 1);
+    EXPECT_EQ(outcome.out, "enrolled alice right-index\nenrolled carol left-thumb\n");
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 4) << outcome.err;
+    EXPECT_EQ(firstLine(outcome.err),
+              "orl-unit: line 2 of the list is not NAME<TAB>FINGER<TAB>RECORD");
+}
+
+TEST(OrlUnit, AMissingListIsTold) {
+    expectOneComplaint(RunOrlUnit({"--store", ":memory:", "enroll", "--list", "missing.tsv"}),
+                       "list 'missing.tsv' cannot be opened");
+}
+
+#ifdef _WIN32
+TEST(OrlUnit, AStoreInAFileIsToldToBeUnavailable) {
+    expectOneComplaint(RunOrlUnit({"--store", "store.db", "list"}), "in memory only");
+}
+#endif
+
+}  // namespace
+}  // namespace orl::test
