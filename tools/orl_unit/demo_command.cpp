@@ -62,31 +62,44 @@ DemoSummary runWithProgress(BiometricUnit& unit,
     });
 }
 
+// Runs the demonstration on the store of the options, or on one made for it. That one is gone
+// before anything is printed, so that no end of the output leaves it behind.
+DemoSummary runOnStore(UnitOptions unitOptions,
+                       const DemoOptions& options,
+                       const DemoRecords& records) {
+    std::optional<TemporaryFolder> temporary;
+    if (!options.storeGiven && fileStoresAvailable()) {
+        temporary.emplace();
+        unitOptions.store = tools::utf8FromPath(temporary->path() / "demo.db");
+    }
+    BiometricUnit unit(modulePath(unitOptions));
+    openDemoStore(unit, unitOptions);
+    checkRawCapture(unit, records.fingers.front().impressions.front().record);
+    return runWithProgress(unit, records, options.impostorLimit);
+}
+
+std::string storeText(const UnitOptions& unitOptions, const DemoOptions& options) {
+    if (options.storeGiven && unitOptions.store != kMemoryStorePath) {
+        return inQuotes(unitOptions.store);
+    }
+    return options.storeGiven || !fileStoresAvailable() ? "memory" : "a temporary SQLite file";
+}
+
 }  // namespace
 
 void runDemoCommand(const UnitOptions& unitOptions, const DemoOptions& options, std::ostream& out) {
     const auto folder =
         options.folder.empty() ? sampleFolder() : tools::pathFromUtf8(options.folder);
     const DemoRecords records = readDemoRecords(folder);
-    UnitOptions demoOptions = unitOptions;
-    std::optional<TemporaryFolder> temporary;
-    if (!options.storeGiven && fileStoresAvailable()) {
-        temporary.emplace();
-        demoOptions.store = tools::utf8FromPath(temporary->path() / "demo.db");
-    }
-    BiometricUnit unit(modulePath(demoOptions));
-    openDemoStore(unit, demoOptions);
-    checkRawCapture(unit, records.fingers.front().impressions.front().record);
-    const DemoSummary summary = runWithProgress(unit, records, options.impostorLimit);
+    const DemoSummary summary = runOnStore(unitOptions, options, records);
     if (unitOptions.json) {
         out << demoJson(summary).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
             << '\n';
         return;
     }
-    const bool inMemory = demoOptions.store == kMemoryStorePath;
     out << "Unit attached: engine adapter "
-        << oneLine(tools::utf8FromPath(modulePath(demoOptions).filename())) << ", store in "
-        << (inMemory ? "memory" : "a SQLite file") << ".\n"
+        << oneLine(tools::utf8FromPath(modulePath(unitOptions).filename())) << ", store in "
+        << storeText(unitOptions, options) << ".\n"
         << "Records of " << oneLine(tools::utf8FromPath(folder)) << ": " << summary.fingerCount
         << " fingers, " << summary.impressionCount << " impressions.\n\n"
         << demoText(summary);

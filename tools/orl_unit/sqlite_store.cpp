@@ -141,7 +141,7 @@ StoreStatus SqliteStore::create(const std::filesystem::path& path,
     }
     return statusOfRunning(StoreAccess::Opening, [&]() -> StoreStatus {
         SqliteDatabase database = connect(path, options);
-        if (!createSchema(database, format)) {
+        if (!hasNoSchema(database) || !createSchema(database, format)) {
             return {StoreFault::AlreadyExists, "exists already"};
         }
         return {};
