@@ -25,8 +25,8 @@ struct WipingAllocator {
 
     WipingAllocator() = default;
     template <typename Other>
-    WipingAllocator(const WipingAllocator<Other>&) noexcept {
-    }  // NOLINT(google-explicit-constructor): allocators convert
+    // NOLINTNEXTLINE(google-explicit-constructor): allocators of different values convert
+    WipingAllocator(const WipingAllocator<Other>&) noexcept {}
 
     Value* allocate(std::size_t count) {
         return static_cast<Value*>(::operator new(count * sizeof(Value)));

@@ -1,7 +1,7 @@
 #include "tools/orl_unit/sqlite_store.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <system_error>
 
 #include <fcntl.h>
@@ -195,7 +195,8 @@ StoreStatus SqliteStore::readRecord(RecordId id, StoredRecord& record, bool& fou
         record.identity = *identity;
         record.subFactor = static_cast<std::uint8_t>(row.integer(2));
         record.indexVector.resize(format_.indexElementCount);
-        std::memcpy(record.indexVector.data(), index.data(), index.size());
+        std::copy(
+            index.begin(), index.end(), reinterpret_cast<std::uint8_t*>(record.indexVector.data()));
         record.templateBlob.assign(templateBlob.begin(), templateBlob.end());
         record.payload.assign(payload.begin(), payload.end());
         const RecordView view{&record.identity,
