@@ -15,10 +15,12 @@ function(orl_add_test name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gmock_main orl_options)
   # Most of a test's compile time is the framework's headers and optimising its macros.
-  target_precompile_headers(${name} PRIVATE
-    "$<$<COMPILE_LANGUAGE:CXX>:<gmock/gmock.h$<ANGLE-R>>"
-    "$<$<COMPILE_LANGUAGE:CXX>:<gtest/gtest.h$<ANGLE-R>>")
-  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
+  if(NOT WIN32)
+    target_precompile_headers(${name} PRIVATE
+      "$<$<COMPILE_LANGUAGE:CXX>:<gmock/gmock.h$<ANGLE-R>>"
+      "$<$<COMPILE_LANGUAGE:CXX>:<gtest/gtest.h$<ANGLE-R>>")
+  endif()
+  target_compile_options(${name} PRIVATE $<$<AND:$<CONFIG:Release>,$<NOT:$<BOOL:${WIN32}>>>:-O1>)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
   set(results ${PROJECT_BINARY_DIR}/test-results/${name}.xml)
   if(WIN32 AND CMAKE_CROSSCOMPILING)
