@@ -1,86 +1,121 @@
 #include "matcher/matching/candidate_index.h"
 
 #include <algorithm>
-#include <array>
+#include <cassert>
+#include <cstring>
 
 namespace orl::matcher {
 namespace {
 
-// Positions in a triangle code of the bytes that are indexed: all that lie on a circle.
-constexpr std::array<std::size_t, 9> kIndexedBytes = {0, 1, 2, 4, 5, 6, 8, 9, 10};
+constexpr std::array<std::size_t, 3> kCircularGroups = {
+    kTurnGroup, kNextEdgeGroup, kPreviousEdgeGroup};
 
-constexpr std::size_t kStepsPerCell = 8;
-constexpr std::size_t kCells = 256 / kStepsPerCell;
+constexpr std::size_t kWordBits = 64;
 
-// Two bytes whose circular difference is at most 34 + 3 lie at most this many cells apart: from one
-// end of a cell of 8 to 37 steps beyond the other, and one more where the circle of 255 closes, are
-// 45 steps, which begin in the fifth cell on.
-constexpr std::size_t kReachCells = 5;
-
-std::size_t cellOf(std::uint8_t byte) {
-    return byte / kStepsPerCell;
+std::uint32_t sidesWord(const std::uint8_t* bytes) {
+    std::uint32_t word = 0;
+    std::memcpy(&word, bytes, sizeof(word));
+    return word;
 }
 
-void insert(TriangleBits& set, std::size_t bit) {
-    constexpr std::size_t kWordBits = 64;
-    (bit < kWordBits ? set.low : set.high) |= std::uint64_t{1} << (bit % kWordBits);
-}
-
-// Turns sets of what lies in each cell into sets of what lies within reach of it.
-void widen(std::span<TriangleBits> cells) {
-    // Sets of what lies in the 1, 2, 4 and 8 cells from one on; the cells stand there a second time
-    // behind the last one, as far as a reach goes, so that no index wraps.
-    constexpr std::size_t kWidth = 2 * kReachCells + 1;
-    constexpr std::size_t kLength = kCells + kWidth - 1;
-    std::array<TriangleBits, kLength> sets;
-    for (std::size_t i = 0; i < kLength; ++i) {
-        sets[i] = cells[(i + kCells - kReachCells) % kCells];
-    }
-    for (std::size_t i = 0; i + 1 < kLength; ++i) {
-        sets[i] = sets[i] | sets[i + 1];
-    }
-    for (std::size_t i = 0; i + 3 < kLength; ++i) {
-        sets[i] = sets[i] | sets[i + 2];
-    }
-    for (std::size_t i = 0; i + 7 < kLength; ++i) {
-        sets[i] = sets[i] | sets[i + 4];
-    }
-    for (std::size_t cell = 0; cell < kCells; ++cell) {
-        cells[cell] = sets[cell] | sets[cell + kWidth - 8];
-    }
+// Bits of the first `count` triangles of a stretch.
+TriangleBits firstBits(std::size_t count) {
+    const auto lowBits = [](std::size_t bits) {
+        return bits >= kWordBits ? ~std::uint64_t{0} : (std::uint64_t{1} << bits) - 1;
+    };
+    return TriangleBits{lowBits(count), count > kWordBits ? lowBits(count - kWordBits) : 0};
 }
 
 }  // namespace
 
-CandidateIndex::CandidateIndex(const OrientedFinger& finger, Scratch& scratch)
-    : stretchCount_((finger.triangles.size() + kTrianglesPerStretch - 1) / kTrianglesPerStretch),
-      sets_(scratch.take<TriangleBits>(kIndexedBytes.size() * stretchCount_ * kCells)) {
-    std::fill(sets_.begin(), sets_.end(), TriangleBits{});
-    for (std::size_t u = 0; u < finger.triangles.size(); ++u) {
-        const std::size_t stretch = u / kTrianglesPerStretch;
-        const std::size_t bit = u % kTrianglesPerStretch;
-        for (std::size_t i = 0; i < kIndexedBytes.size(); ++i) {
-            const auto cells = sets_.subspan((i * stretchCount_ + stretch) * kCells, kCells);
-            if (finger.oriented[u].isIrregular) {
-                std::for_each(cells.begin(), cells.end(), [bit](auto& set) { insert(set, bit); });
-            } else {
-                insert(cells[cellOf(finger.codes[u][0].bytes[kIndexedBytes[i]])], bit);
-            }
+CandidateIndex::Query::Query(const TriangleCode& code)
+    : sides_(sidesWord(code.bytes.data() + kSideGroup)) {
+    for (std::size_t group = 0; group < kCircularGroups.size(); ++group) {
+        for (std::size_t j = 0; j < kCorners; ++j) {
+            cells_[group][j] = cellOf(code.bytes[kCircularGroups[group] + j]);
         }
-    }
-    for (std::size_t first = 0; first < sets_.size(); first += kCells) {
-        widen(sets_.subspan(first, kCells));
     }
 }
 
-TriangleBits CandidateIndex::find(const TriangleCode& code, std::size_t stretch) const {
-    const TriangleBits* sets = sets_.data() + stretch * kCells;
-    TriangleBits found{~std::uint64_t{0}, ~std::uint64_t{0}};
-    for (const std::size_t byte : kIndexedBytes) {
-        found = found & sets[cellOf(code.bytes[byte])];
-        sets += stretchCount_ * kCells;
+CandidateIndex::CandidateIndex(const OrientedFinger& finger, Scratch& scratch)
+    : stretchCount_((finger.triangles.size() + kTrianglesPerStretch - 1) / kTrianglesPerStretch),
+      stretches_(scratch.take<Stretch>(stretchCount_)) {
+    std::fill(stretches_.begin(), stretches_.end(), Stretch{});
+    for (std::size_t u = 0; u < finger.triangles.size(); ++u) {
+        Stretch& stretch = stretches_[u / kTrianglesPerStretch];
+        const std::size_t index = u % kTrianglesPerStretch;
+        stretch.sides[index] = sidesWord(finger.triangles[u].sides);
+        if (finger.oriented[u].isIrregular) {
+            stretch.irregular[index / kWordBits] |= std::uint64_t{1} << index % kWordBits;
+        } else {
+            insert(stretch.sets, finger.codes[u][0], index);
+        }
+    }
+    for (Stretch& stretch : stretches_) {
+        for (auto& group : stretch.sets) {
+            for (Cells& cells : group) {
+                widen(cells);
+            }
+        }
+    }
+}
+
+void CandidateIndex::insert(StretchSets& sets, const TriangleCode& code, std::size_t index) {
+    const std::size_t word = index / kWordBits;
+    const std::uint64_t bit = std::uint64_t{1} << index % kWordBits;
+    for (std::size_t group = 0; group < kCircularGroups.size(); ++group) {
+        for (std::size_t j = 0; j < kCorners; ++j) {
+            sets[group][j][cellOf(code.bytes[kCircularGroups[group] + j])][word] |= bit;
+        }
+    }
+}
+
+// Turns sets of what lies in each cell into sets of what lies within reach of it.
+//
+// Two bytes whose circular difference is at most 34 + 3 lie at most kReachCells cells apart: from
+// one end of a cell of 8 to 37 steps beyond the other, and one more where the circle of 255 closes,
+// are 45 steps, which begin in the fifth cell on.
+void CandidateIndex::widen(Cells& cells) {
+    static_assert(kMaxTurnDifferenceSteps + kMaxStepsOfQuarterTurn + kStepsPerCell <=
+                  (kReachCells + 1) * kStepsPerCell - 1);
+    static_assert(kReachCells == 5);
+    // Sets of what lies in the 2, 4 and 8 cells from one on, around the circle; of the latter, two
+    // make up the 11 cells within reach.
+    const auto joined = [](const Cells& sets, std::size_t first, std::size_t second) {
+        Cells result;
+        for (std::size_t i = 0; i < kCells; ++i) {
+            result[i] = sets[(i + first) % kCells] | sets[(i + second) % kCells];
+        }
+        return result;
+    };
+    const Cells ofEight = joined(joined(joined(cells, 0, 1), 0, 2), 0, 4);
+    cells = joined(ofEight, kCells - kReachCells, kCells - 2);
+}
+
+// Under cyclic order q the second triangle's vertex j stands against the first one's q + j.
+TriangleBits CandidateIndex::inReach(const StretchSets& sets,
+                                     const Query& query,
+                                     std::size_t order) {
+    TriangleBits found = {~std::uint64_t{0}, ~std::uint64_t{0}};
+    for (std::size_t group = 0; group < kCircularGroups.size(); ++group) {
+        for (std::size_t j = 0; j < kCorners; ++j) {
+            found &= sets[group][j][query.cells_[group][(order + j) % kCorners]];
+        }
     }
     return found;
+}
+
+TriangleBits CandidateIndex::find(const Query& query,
+                                  std::size_t stretch,
+                                  std::size_t begin,
+                                  std::size_t end) const {
+    assert(begin <= end && end <= kTrianglesPerStretch);
+    const auto& [sets, irregular, sides] = stretches_[stretch];
+    const TriangleBits near = pair_kernels::nearSides(
+        sides, begin / kSideBlock, (end + kSideBlock - 1) / kSideBlock, query.sides_);
+    return near & firstBits(end) & ~firstBits(begin) &
+           (irregular | inReach(sets, query, 0) | inReach(sets, query, 1) |
+            inReach(sets, query, 2));
 }
 
 }  // namespace orl::matcher

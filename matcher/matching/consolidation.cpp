@@ -11,33 +11,44 @@ namespace {
 constexpr std::size_t kMinTrianglePairs = 3;
 constexpr std::size_t kMinMinutiaPairs = 3;
 
-// One pass of a stable sort by five bits of the rank.
-void sortByDigit(std::span<const TrianglePair> from, std::span<TrianglePair> to, unsigned shift) {
-    constexpr std::size_t kDigits = 32;
-    const auto digitOf = [shift](const TrianglePair& pair) {
-        return (static_cast<std::size_t>(pair.rank) >> shift) % kDigits;
-    };
-    std::array<std::uint32_t, kDigits> next{};
-    for (const TrianglePair& pair : from) {
-        ++next[digitOf(pair)];
-    }
+// A rank's upper and lower five bits.
+constexpr std::size_t kDigits = 32;
+using DigitPlaces = std::array<std::uint32_t, kDigits>;
+
+std::size_t lowDigit(const TrianglePair& pair) {
+    return pair.rank % kDigits;
+}
+std::size_t highDigit(const TrianglePair& pair) {
+    return pair.rank / kDigits % kDigits;
+}
+
+// From how many pairs have a digit to where the first of them goes.
+void placesOfCounts(DigitPlaces& counts) {
     std::uint32_t sum = 0;
-    for (std::uint32_t& begin : next) {
-        const std::uint32_t count = begin;
-        begin = sum;
+    for (std::uint32_t& entry : counts) {
+        const std::uint32_t count = entry;
+        entry = sum;
         sum += count;
-    }
-    for (const TrianglePair& pair : from) {
-        to[next[digitOf(pair)]++] = pair;
     }
 }
 
-// Best pairs first; equal ones keep their order.
+// Best pairs first; equal ones keep their order. A radix sort by two digits.
 void sortByRank(std::span<TrianglePair> pairs, Scratch& scratch) {
-    constexpr unsigned kDigitBits = 5;
     const std::span<TrianglePair> halfSorted = scratch.take<TrianglePair>(pairs.size());
-    sortByDigit(pairs, halfSorted, 0);
-    sortByDigit(halfSorted, pairs, kDigitBits);
+    DigitPlaces low{};
+    DigitPlaces high{};
+    for (const TrianglePair& pair : pairs) {
+        ++low[lowDigit(pair)];
+        ++high[highDigit(pair)];
+    }
+    placesOfCounts(low);
+    placesOfCounts(high);
+    for (const TrianglePair& pair : pairs) {
+        halfSorted[low[lowDigit(pair)]++] = pair;
+    }
+    for (const TrianglePair& pair : halfSorted) {
+        pairs[high[highDigit(pair)]++] = pair;
+    }
 }
 
 // Joins ranked triangle pairs corner by corner into minutia pairs.
@@ -47,54 +58,56 @@ void sortByRank(std::span<TrianglePair> pairs, Scratch& scratch) {
 // alone does not bar a pair, so a minutia may stand in several.
 class Consolidation {
   public:
-    Consolidation(MatchContext& context, std::size_t orientation, std::size_t capacity)
+    Consolidation(MatchContext& context, std::size_t orientation)
         : context_(context),
           orientation_(orientation),
-          kept_(context.memory.scratch.take<MinutiaPair>(capacity + 1)),
-          firstIsSeen_(flags(context.firstTriangles.size())),
-          secondIsSeen_(flags(context.second.triangles.size())) {}
+          // Every pair kept takes a position that was free; one more entry is written to and not
+          // kept.
+          kept_(context.memory.scratch.take<MinutiaPair>(context.firstPositions.count +
+                                                         context.secondPositions.count + 1)),
+          firstIsTaken_(noneTaken(context.firstPositions)),
+          secondIsTaken_(noneTaken(context.secondPositions)) {}
 
-    // Once both triangles have been seen all their positions are taken, and nothing of the pair can
-    // be kept.
     void add(const TrianglePair& pair) {
-        if (firstIsSeen_[pair.first] && secondIsSeen_[pair.second]) {
-            return;
-        }
-        firstIsSeen_[pair.first] = true;
-        secondIsSeen_[pair.second] = true;
         const auto& firstVertices = context_.firstTriangles[pair.first].vertices;
-        const auto secondVertices =
-            orderedVertices(context_.second.oriented[pair.second], orientation_);
+        const auto& secondVertices = context_.second.triangles[pair.second].vertices;
+        const auto& firstNumbers = context_.firstPositions.ofTriangles[pair.first];
+        const auto& secondNumbers = context_.secondPositions.ofTriangles[pair.second];
+        const auto& order =
+            kCornerOrders[context_.second.oriented[pair.second].order[orientation_]];
         for (std::size_t corner = 0; corner < kCorners; ++corner) {
-            const bool firstIsNew = context_.memory.firstPositions.insert(firstVertices[corner]);
-            const bool secondIsNew = context_.memory.secondPositions.insert(secondVertices[corner]);
-            kept_[count_] = {firstVertices[corner], secondVertices[corner]};
-            count_ += static_cast<std::size_t>(firstIsNew | secondIsNew);
+            const std::size_t secondCorner = order[corner];
+            bool& firstIsTaken = firstIsTaken_[firstNumbers[corner]];
+            bool& secondIsTaken = secondIsTaken_[secondNumbers[secondCorner]];
+            kept_[count_].first = firstVertices[corner];
+            kept_[count_].second = secondVertices[secondCorner];
+            count_ += static_cast<std::size_t>(!firstIsTaken | !secondIsTaken);
+            firstIsTaken = true;
+            secondIsTaken = true;
         }
     }
 
-    // What was kept; the position sets are empty again. Every position taken stands in a kept pair.
+    // What was kept, with the second finger's vertices turned.
     std::span<const MinutiaPair> finish() {
-        const std::span<const MinutiaPair> kept = kept_.first(count_);
-        for (const MinutiaPair& pair : kept) {
-            context_.memory.firstPositions.erase(pair.first);
-            context_.memory.secondPositions.erase(pair.second);
+        const std::span<MinutiaPair> kept = kept_.first(count_);
+        for (MinutiaPair& pair : kept) {
+            pair.second = turnedVertex(pair.second, orientation_);
         }
         return kept;
     }
 
   private:
-    std::span<bool> flags(std::size_t count) {
-        const std::span<bool> flags = context_.memory.scratch.take<bool>(count);
-        std::fill(flags.begin(), flags.end(), false);
-        return flags;
+    std::span<bool> noneTaken(const PositionNumbers& positions) {
+        const std::span<bool> isTaken = context_.memory.scratch.take<bool>(positions.count);
+        std::fill(isTaken.begin(), isTaken.end(), false);
+        return isTaken;
     }
 
     MatchContext& context_;
     std::size_t orientation_;
     std::span<MinutiaPair> kept_;
-    std::span<bool> firstIsSeen_;
-    std::span<bool> secondIsSeen_;
+    std::span<bool> firstIsTaken_;  // by position number
+    std::span<bool> secondIsTaken_;
     std::size_t count_ = 0;
 };
 
@@ -107,11 +120,7 @@ bool consolidatePairs(MatchContext& context, std::size_t orientation) {
         return false;
     }
     sortByRank(trianglePairs, context.memory.scratch);
-    // Every pair kept takes a position that was free.
-    const std::size_t positions =
-        kCorners * (context.firstTriangles.size() + context.second.triangles.size());
-    Consolidation consolidation(
-        context, orientation, std::min(positions, kCorners * trianglePairs.size()));
+    Consolidation consolidation(context, orientation);
     for (const TrianglePair& pair : trianglePairs) {
         consolidation.add(pair);
     }

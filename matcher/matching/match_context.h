@@ -12,7 +12,7 @@
 
 #include "matcher/features/finger_model.h"
 #include "matcher/matching/orientation.h"
-#include "matcher/matching/position_set.h"
+#include "matcher/matching/position_numbers.h"
 #include "matcher/matching/scratch.h"
 #include "matcher/matching/triangle_code.h"
 
@@ -21,7 +21,7 @@ namespace orl::matcher {
 inline constexpr std::int32_t kMaxSimilarity = 1024;
 
 // Two triangles that look alike, as indices into the two fingers' lists.
-struct TrianglePair {
+struct alignas(8) TrianglePair {
     std::uint16_t rank;  // kMaxSimilarity less the similarity (1..1024, higher is better)
     std::uint16_t first;
     std::uint16_t second;
@@ -40,8 +40,6 @@ struct MinutiaPair {
 // The memory that all finger pairs of a call use in turn.
 struct MatchMemory {
     Scratch scratch;
-    PositionSet firstPositions;  // both empty between uses
-    PositionSet secondPositions;
 };
 
 // One finger of the first template against one of the second.
@@ -57,6 +55,8 @@ struct MatchContext {
     std::span<const TriangleFeature> firstTriangles;
     std::span<const CyclicCodes> firstCodes;
     OrientedFinger second;
+    PositionNumbers firstPositions;
+    PositionNumbers secondPositions;
 
     // Filled by searchTrianglePairs, one list an orientation.
     std::array<TrianglePairList, kOrientations> trianglePairs;

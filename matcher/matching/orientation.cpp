@@ -1,5 +1,7 @@
 #include "matcher/matching/orientation.h"
 
+#include <algorithm>
+
 #include "matcher/features/lookup_tables.h"
 #include "matcher/features/triangle_feature.h"
 #include "matcher/matching/kernels/triangle_code_kernels.h"
@@ -15,49 +17,70 @@ bool hasEdgeWithoutLength(const TriangleFeature& triangle) {
     return coincide(a, b) || coincide(b, c) || coincide(c, a);
 }
 
-// Puts the vertices of a triangle whose cyclic order a turn reverses into their own order.
-void reorder(OrientedTriangle& oriented,
-             std::size_t m,
-             const VertexOrder& order,
-             const TriangleFeature& triangle,
-             TriangleCode& code) {
-    const auto turned = oriented.vertices[m];
-    oriented.vertices[m] = {turned[order[0]], turned[order[1]], turned[order[2]]};
-    oriented.start[m] = 0;
-    oriented.isIrregular = true;
+std::uint8_t indexOf(const VertexOrder& order) {
+    return static_cast<std::uint8_t>(std::find(kCornerOrders.begin(), kCornerOrders.end(), order) -
+                                     kCornerOrders.begin());
+}
+
+std::array<TriangleVertex, kCorners> turnedVertices(const TriangleFeature& triangle,
+                                                    std::size_t quarterTurns,
+                                                    const VertexOrder& order) {
+    return {turnedVertex(triangle.vertices[order[0]], quarterTurns),
+            turnedVertex(triangle.vertices[order[1]], quarterTurns),
+            turnedVertex(triangle.vertices[order[2]], quarterTurns)};
+}
+
+TriangleCode codeOfVertices(const std::array<TriangleVertex, kCorners>& vertices,
+                            const TriangleFeature& triangle) {
     TriangleFeature reordered = triangle;
-    for (std::size_t corner = 0; corner < kCorners; ++corner) {
-        reordered.vertices[corner] = oriented.vertices[m][corner];
+    std::copy(vertices.begin(), vertices.end(), reordered.vertices);
+    return codeOf(reordered);
+}
+
+// For triangles whose turned vertices cannot be told without making each turned copy.
+void orientByBearings(const TriangleFeature& triangle,
+                      const QuarterTurnBearings& bearings,
+                      QuarterTurnCodes& codes,
+                      OrientedTriangle& oriented) {
+    oriented.isIrregular = hasEdgeWithoutLength(triangle);
+    QuarterTurnStarts starts{};
+    for (std::size_t m = 1; m < kOrientations; ++m) {
+        const auto [a, b, c] = turnedVertices(triangle, m, kCornerOrders[0]);
+        oriented.order[m] = indexOf(BearingOrder(a, b, c));
+        starts[m] = oriented.order[m] < kCorners ? oriented.order[m] : std::uint8_t{0};
     }
-    code = codeOf(reordered);
+    code_kernels::codesOfQuarterTurns(triangle, starts, bearings, codes);
+    for (std::size_t m = 1; m < kOrientations; ++m) {
+        if (oriented.order[m] >= kCorners) {
+            oriented.isIrregular = true;
+            codes[m] = codeOfVertices(turnedVertices(triangle, m, kCornerOrders[oriented.order[m]]),
+                                      triangle);
+        }
+    }
 }
 
 void orient(const TriangleFeature& triangle,
             const QuarterTurnBearings& bearings,
             QuarterTurnCodes& codes,
             OrientedTriangle& oriented) {
-    kernels::codesOfQuarterTurns(triangle, bearings, codes);
-    oriented.isIrregular = hasEdgeWithoutLength(triangle);
-    oriented.vertices[0] = {triangle.vertices[0], triangle.vertices[1], triangle.vertices[2]};
-    oriented.start[0] = 0;
-    for (std::size_t m = 1; m < kOrientations; ++m) {
-        oriented.vertices[m] = kernels::turnedVertices(triangle, m);
-        const auto& [a, b, c] = oriented.vertices[m];
-        const VertexOrder order = BearingOrder(a, b, c);
-        oriented.start[m] = order[0];
-        if (order[1] != (order[0] + 1) % kCorners) {
-            reorder(oriented, m, order, triangle, codes[m]);
-        }
+    QuarterTurnStarts starts;
+    if (code_kernels::startsOfQuarterTurns(triangle, starts)) {
+        oriented = {starts, false};
+        code_kernels::codesOfQuarterTurns(triangle, starts, bearings, codes);
+    } else {
+        oriented.order[0] = 0;
+        orientByBearings(triangle, bearings, codes, oriented);
     }
 }
 
 }  // namespace
 
-std::array<TriangleVertex, kCorners> orderedVertices(const OrientedTriangle& triangle,
-                                                     std::size_t orientation) {
-    const auto& vertices = triangle.vertices[orientation];
-    const std::size_t start = triangle.start[orientation];
-    return {vertices[start], vertices[(start + 1) % kCorners], vertices[(start + 2) % kCorners]};
+std::array<TriangleVertex, kCorners> orientedVertices(const OrientedFinger& finger,
+                                                      std::size_t index,
+                                                      std::size_t orientation) {
+    return turnedVertices(finger.triangles[index],
+                          orientation,
+                          kCornerOrders[finger.oriented[index].order[orientation]]);
 }
 
 OrientedFinger orientedFinger(std::span<const TriangleFeature> triangles, Scratch& scratch) {

@@ -21,12 +21,15 @@
 
 namespace orl::matcher {
 
+// All orders of three vertices: the cyclic ones that start at vertex 0, 1 and 2, then those that
+// run the other way.
+inline constexpr std::array<std::array<std::uint8_t, kCorners>, 6> kCornerOrders = {
+    {{0, 1, 2}, {1, 2, 0}, {2, 0, 1}, {0, 2, 1}, {1, 0, 2}, {2, 1, 0}}};
+
 struct OrientedTriangle {
-    // In list order of the vertices, so that all four compare under the same cyclic order; in the
-    // turned triangle's own order where a turn reverses it.
-    std::array<std::array<TriangleVertex, kCorners>, kOrientations> vertices;
-    // Which of those is the turned triangle's first vertex.
-    std::array<std::uint8_t, kOrientations> start;
+    // The vertices of the turned triangle in its own order: an index into kCornerOrders, below
+    // kCorners where the cyclic order is kept.
+    std::array<std::uint8_t, kOrientations> order;
     // Whether a turn reverses the vertices' cyclic order (flat triangles) or leaves an edge as it
     // is (one without length has bearing 0 in every orientation).
     bool isIrregular;
@@ -34,13 +37,16 @@ struct OrientedTriangle {
 
 struct OrientedFinger {
     std::span<const TriangleFeature> triangles;  // the list that all orientations were made from
-    std::span<const QuarterTurnCodes> codes;     // by triangle, of the vertices in `oriented`
+    // By triangle. Where a turn reverses the vertices, that turn's code is of the turned triangle
+    // itself.
+    std::span<const QuarterTurnCodes> codes;
     std::span<const OrientedTriangle> oriented;  // by triangle
 };
 
-// The turned triangle's vertices in its own order.
-std::array<TriangleVertex, kCorners> orderedVertices(const OrientedTriangle& triangle,
-                                                     std::size_t orientation);
+// The vertices of triangle `index` in an orientation, in the turned triangle's own order.
+std::array<TriangleVertex, kCorners> orientedVertices(const OrientedFinger& finger,
+                                                      std::size_t index,
+                                                      std::size_t orientation);
 
 // The finger's four orientations, held in `scratch`. Orientation 0 is the list as it stands.
 // REQUIRES: the triangles were made by MakeTriangleFeature.

@@ -17,6 +17,8 @@
 // turned by p: three bytes of each group moved up.
 
 #include <array>
+#include <bit>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -45,17 +47,35 @@ TriangleCode codeOf(const TriangleFeature& triangle);
 using CyclicCodes = std::array<TriangleCode, kCorners>;
 CyclicCodes cyclicCodesOf(const TriangleFeature& triangle);
 
-// The codes of one triangle after 0, 1, 2 and 3 quarter turns in the grid.
+// Which vertex of a triangle is the first one of its copy after 0, 1, 2 and 3 quarter turns.
+using QuarterTurnStarts = std::array<std::uint8_t, kOrientations>;
+
+// The codes of one triangle after 0, 1, 2 and 3 quarter turns in the grid, for comparison in the
+// vertex order of the triangle itself. A turn may change the first vertex, while the sides are
+// sorted and stay; so a turned triangle whose first vertex is s has its sides moved up by s here.
 using QuarterTurnCodes = std::array<TriangleCode, kOrientations>;
 
-// Whether the side lengths differ by at most 17 each.
-//
-// Deliberate: the differences are taken modulo 256, unlike those of the pair test. The sides are
-// given as little-endian words; the fourth byte does not count.
-bool sidesAreNear(std::uint32_t secondSides, std::uint32_t firstSides);
-
-// A vertex after `quarterTurns` (0..3) quarter turns: (x, y) goes to (255 - y, x), and its
+// The vertex after `quarterTurns` (0..3) quarter turns: (x, y) goes to (255 - y, x), and its
 // direction grows by 64 of 256 steps, a turn.
-TriangleVertex turnedVertex(const TriangleVertex& vertex, std::size_t quarterTurns);
+inline TriangleVertex turnedVertex(const TriangleVertex& vertex, std::size_t quarterTurns) {
+    assert(quarterTurns < kOrientations);
+    // A vertex as a little-endian word. Odd numbers of turns swap the coordinates, then some are
+    // mirrored.
+    constexpr std::array<std::uint32_t, kOrientations> kMirrored = {
+        0, 0x000000FF, 0x0000FFFF, 0x0000FF00};
+    constexpr std::uint32_t kQuarterTurn = 0x00400000;
+    constexpr std::uint32_t kAngle = 0x00FF0000;
+    constexpr std::uint32_t kCoordinates = 0x0000FFFF;
+    constexpr unsigned kByteBits = 8;
+    static_assert(std::endian::native == std::endian::little);
+    const auto word = std::bit_cast<std::uint32_t>(vertex);
+    const std::uint32_t coordinates = word & kCoordinates;
+    const std::uint32_t swapped = coordinates << kByteBits | coordinates >> kByteBits;
+    const std::uint32_t angle = word + static_cast<std::uint32_t>(quarterTurns) * kQuarterTurn;
+    return std::bit_cast<TriangleVertex>(
+        (((quarterTurns % 2 != 0 ? swapped : coordinates) ^ kMirrored[quarterTurns]) &
+         kCoordinates) |
+        (angle & kAngle) | (word & ~(kAngle | kCoordinates)));
+}
 
 }  // namespace orl::matcher

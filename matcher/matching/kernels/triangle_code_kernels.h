@@ -1,10 +1,9 @@
 #pragma once
 
-// The innermost steps on triangle codes, each in two forms with the same results: `plain` says what
-// is computed, `sse2` does it a register at a time. `kernels` is the form that this build uses;
+// The steps that make triangle codes, each in two forms with the same results: `plain` says what is
+// computed, `sse2` does it a register at a time. `code_kernels` is the form that this build uses;
 // tests compare the two.
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -12,75 +11,43 @@
 #include "matcher/features/lookup_tables.h"
 #include "matcher/matching/triangle_code.h"
 
-namespace orl::matcher {
+namespace orl::matcher::plain {
 
-// A byte of a comparison may differ by this much at most.
-inline constexpr std::uint8_t kMaxTurnDifferenceSteps = 34;
-inline constexpr std::uint8_t kMaxEdgeDifferenceSteps = 34;
-inline constexpr std::uint8_t kMaxSideDifferenceGridUnits = 17;
+// Finds the first vertices of the triangle's quarter turns where they can be told from the signs of
+// a few products; false, with `starts` undefined, where they cannot, or where a turn reverses the
+// order of the vertices (flat triangles and those of a few grid units).
+//
+// A turned triangle's vertices stand in ascending order of their bearing from its weighted centre,
+// -127..128 steps, equal bearings in the order of the triangle it was turned from. Where the centre
+// lies inside the triangle, its vertices are in cyclic order already, and no two of them are within
+// a step of each other as seen from it, that is the same cyclic order, starting behind the -x
+// axis, where bearings jump.
+bool startsOfQuarterTurns(const TriangleFeature& triangle, QuarterTurnStarts& starts);
 
-// The largest differences between the turns, edges and sides of two codes.
-struct CodeDifference {
-    std::int32_t turn;
-    std::int32_t edge;
-    std::int32_t side;
-};
+// The code of a triangle with its vertices in their present order.
+TriangleCode codeOf(const TriangleFeature& triangle, const QuarterTurnBearings& bearings);
 
-// The cost of an order whose largest differences are these.
-constexpr std::int32_t costOf(const CodeDifference& difference) {
-    constexpr std::int32_t kScale = 1024;  // a factor just beyond its limit
-    return (difference.edge * kScale / (kMaxEdgeDifferenceSteps + 1)) *
-           (difference.turn * kScale / (kMaxTurnDifferenceSteps + 1)) *
-           (difference.side * kScale / (kMaxSideDifferenceGridUnits + 1));
-}
-
-namespace plain {
-
-// The triangle's codes after 0, 1, 2 and 3 quarter turns, its vertices in their present order.
+// The triangle's codes after 0, 1, 2 and 3 quarter turns, given their first vertices.
 void codesOfQuarterTurns(const TriangleFeature& triangle,
+                         const QuarterTurnStarts& starts,
                          const QuarterTurnBearings& bearings,
                          QuarterTurnCodes& codes);
 
 // The code with the vertices taken cyclically from `start` (0..2) on.
 TriangleCode turnedCode(const TriangleCode& code, std::size_t start);
 
-// The triangle's vertices after `quarterTurns` (0..3) quarter turns, in their present order.
-std::array<TriangleVertex, kCorners> turnedVertices(const TriangleFeature& triangle,
-                                                    std::size_t quarterTurns);
-
-// Which of the four codes agree with `first` in turns and edges: bit m for code m.
-unsigned agreeingQuarterTurns(const QuarterTurnCodes& second, const TriangleCode& first);
-
-// The largest differences between two codes, each over its bytes.
-CodeDifference largestDifferences(const TriangleCode& second, const TriangleCode& first);
-
-}  // namespace plain
+}  // namespace orl::matcher::plain
 
 #if defined(__SSE2__)
+#include "matcher/matching/kernels/triangle_code_sse2.h"  // IWYU pragma: export
+#endif
 
-namespace sse2 {
+namespace orl::matcher {
 
-void codesOfQuarterTurns(const TriangleFeature& triangle,
-                         const QuarterTurnBearings& bearings,
-                         QuarterTurnCodes& codes);
-
-TriangleCode turnedCode(const TriangleCode& code, std::size_t start);
-
-std::array<TriangleVertex, kCorners> turnedVertices(const TriangleFeature& triangle,
-                                                    std::size_t quarterTurns);
-
-unsigned agreeingQuarterTurns(const QuarterTurnCodes& second, const TriangleCode& first);
-
-CodeDifference largestDifferences(const TriangleCode& second, const TriangleCode& first);
-
-}  // namespace sse2
-
-namespace kernels = sse2;
-
+#if defined(__SSE2__)
+namespace code_kernels = sse2;
 #else
-
-namespace kernels = plain;
-
+namespace code_kernels = plain;
 #endif
 
 }  // namespace orl::matcher

@@ -106,13 +106,13 @@ TEST(FingerMatcherThreads, MatchOrAreRefusedWhileOthersInitializeAndShutDown) {
         --matchersLeft;
     };
     const auto cycle = [&] {
-        while (matchersLeft > 0) {
+        do {
             char text[64] = "left over";
             wrong += ORLFingerMatcher_Initialize(text, sizeof text) == 0 && text[0] == '\0' ? 0 : 1;
             std::this_thread::yield();
             ORLFingerMatcher_IsInitialized();
             ORLFingerMatcher_Shutdown();
-        }
+        } while (matchersLeft > 0);
     };
     std::vector<std::function<void()>> tasks(kMatchThreads, match);
     tasks.insert(tasks.end(), 2, cycle);

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <random>
+#include <span>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -27,14 +29,18 @@ class Indexed {
 
     const CandidateIndex& index() const { return index_; }
 
-    // Whether triangle `u` is found for any cyclic order of the triangle.
+    // Whether triangle `u` is found for the triangle.
     bool finds(const TriangleFeature& first, std::size_t u) const {
-        const CyclicCodes codes = cyclicCodesOf(first);
-        return std::any_of(codes.begin(), codes.end(), [&](const TriangleCode& code) {
-            const TriangleBits bits = index_.find(code, u / kTrianglesPerStretch);
-            const std::size_t bit = u % kTrianglesPerStretch;
-            return ((bit < 64 ? bits.low >> bit : bits.high >> (bit - 64)) & 1U) != 0;
-        });
+        const TriangleBits bits = found(first, u / kTrianglesPerStretch);
+        const std::size_t bit = u % kTrianglesPerStretch;
+        return (bits[bit / 64] >> bit % 64 & 1U) != 0;
+    }
+
+    // All that is found of a stretch.
+    TriangleBits found(const TriangleFeature& first, std::size_t stretch) const {
+        const std::size_t offset = stretch * kTrianglesPerStretch;
+        const std::size_t end = std::min(triangles_.size() - offset, kTrianglesPerStretch);
+        return index_.find(CandidateIndex::Query(codeOf(first)), stretch, 0, end);
     }
 
   private:
@@ -59,7 +65,9 @@ void ExpectNoneMissed(const std::vector<TriangleFeature>& first,
         const auto turned = turns == 0 ? second : naive::Turned(second, turns);
         for (std::size_t u = 0; u < second.size(); ++u) {
             for (const TriangleFeature& triangle : first) {
-                const bool isAlike = naive::TriangleSimilarity(triangle, turned[u]) > 0;
+                const bool isAlike =
+                    !naive::SearchTrianglePairs(std::span(&triangle, 1), std::span(&turned[u], 1))
+                         .empty();
                 const bool isFound = indexed.finds(triangle, u);
                 ASSERT_TRUE(isFound || !isAlike) << "triangle " << u << ", " << turns << " turns";
                 tally.alike += isAlike ? 1 : 0;
@@ -177,9 +185,44 @@ TEST(CandidateIndex, FindsEachTriangleOfALongListByItself) {
         EXPECT_TRUE(indexed.finds(triangles[u], u)) << u;
     }
     // Nothing stands behind the last triangle: 300 = 2 * 128 + 44.
-    const TriangleBits last = indexed.index().find(codeOf(triangles[299]), 2);
-    EXPECT_EQ(last.low >> 44U, 0U);
-    EXPECT_EQ(last.high, 0U);
+    const TriangleBits last = indexed.found(triangles[299], 2);
+    EXPECT_EQ(last[0] >> 44U, 0U);
+    EXPECT_EQ(last[1], 0U);
+}
+
+TEST(CandidateIndex, FindsNothingOutsideTheTrianglesAskedFor) {
+    std::mt19937 random(81);
+    const std::vector<TriangleFeature> triangles(128,
+                                                 test::RandomTriangles(random, 1, 256).front());
+    const Indexed indexed(triangles);
+    const CandidateIndex::Query query(codeOf(triangles.front()));
+    const auto bitsFrom = [](std::size_t begin, std::size_t end) {
+        TriangleBits bits{};
+        for (std::size_t u = begin; u < end; ++u) {
+            bits[u / 64] |= std::uint64_t{1} << u % 64;
+        }
+        return bits;
+    };
+    for (std::size_t begin = 0; begin <= 128; begin += 7) {
+        for (std::size_t end = begin; end <= 128; ++end) {
+            const TriangleBits found = indexed.index().find(query, 0, begin, end);
+            const TriangleBits expected = bitsFrom(begin, end);
+            ASSERT_EQ(found[0], expected[0]) << begin << " to " << end;
+            ASSERT_EQ(found[1], expected[1]) << begin << " to " << end;
+        }
+    }
+}
+
+TEST(CandidateIndex, FindsNoTriangleWhoseSidesDifferBy18) {
+    const TriangleFeature triangle =
+        MakeTriangleFeature({100, 100, 10, 0}, {150, 100, 60, 0}, {100, 160, 120, 0});
+    for (std::size_t side = 0; side < 3; ++side) {
+        TriangleFeature near = triangle;
+        near.sides[side] = static_cast<std::uint8_t>(near.sides[side] + 17);
+        EXPECT_TRUE(Indexed({near}).finds(triangle, 0)) << side;
+        ++near.sides[side];
+        EXPECT_FALSE(Indexed({near}).finds(triangle, 0)) << side;
+    }
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "matcher/features/lookup_tables.h"
 #include "matcher/matching/alignment.h"
 #include "matcher/matching/kernels/agreement_bound.h"
+#include "matcher/matching/kernels/pair_test.h"
 #include "matcher/matching/kernels/triangle_code_kernels.h"
 #include "matcher/matching/pair_table.h"
 #include "matcher/matching/scaled_turns.h"
@@ -51,23 +52,44 @@ TriangleCode CodeNear(std::mt19937& random, const TriangleCode& code, int reach)
 
 #if defined(__SSE2__)
 
-bool AreEqual(const CodeDifference& a, const CodeDifference& b) {
-    return a.turn == b.turn && a.edge == b.edge && a.side == b.side;
+QuarterTurnStarts RandomStarts(std::mt19937& random) {
+    QuarterTurnStarts starts{};
+    for (std::uint8_t& start : starts) {
+        start = static_cast<std::uint8_t>(random() % kCorners);
+    }
+    return starts;
+}
+
+void ExpectTheSameCodes(const TriangleFeature& triangle, const QuarterTurnStarts& starts) {
+    const QuarterTurnBearings& bearings = QuarterTurnBearings::Table();
+    QuarterTurnCodes plainCodes;
+    QuarterTurnCodes codes;
+    plain::codesOfQuarterTurns(triangle, starts, bearings, plainCodes);
+    sse2::codesOfQuarterTurns(triangle, starts, bearings, codes);
+    ASSERT_EQ(codes, plainCodes);
+    ASSERT_EQ(sse2::codeOf(triangle, bearings), plain::codeOf(triangle, bearings));
+}
+
+// Whether the first vertices can be told.
+bool ExpectTheSameStarts(const TriangleFeature& triangle) {
+    QuarterTurnStarts plainStarts{};
+    QuarterTurnStarts starts{};
+    const bool isTold = plain::startsOfQuarterTurns(triangle, plainStarts);
+    EXPECT_EQ(sse2::startsOfQuarterTurns(triangle, starts), isTold);
+    if (isTold) {
+        EXPECT_EQ(starts, plainStarts);
+    }
+    return isTold;
 }
 
 TEST(TriangleCodeKernels, MakeTheSameCodesOfQuarterTurns) {
-    const QuarterTurnBearings& bearings = QuarterTurnBearings::Table();
     for (const unsigned extent : {256U, 30U, 3U, 1U}) {
         std::mt19937 random(extent);
         for (TriangleFeature triangle : test::RandomTriangles(random, 3000, extent)) {
             if (random() % 4 == 0) {
                 triangle.vertices[1].angle = triangle.vertices[0].angle;
             }
-            QuarterTurnCodes plainCodes;
-            QuarterTurnCodes codes;
-            plain::codesOfQuarterTurns(triangle, bearings, plainCodes);
-            sse2::codesOfQuarterTurns(triangle, bearings, codes);
-            ASSERT_EQ(codes, plainCodes);
+            ExpectTheSameCodes(triangle, RandomStarts(random));
         }
     }
 }
@@ -80,19 +102,24 @@ TEST(TriangleCodeKernels, MakeTheSameCodesOfTheGridsCorners) {
                                                     {byte(3), byte(4), byte(5), 1},
                                                     {byte(6), byte(7), byte(8), 2}},
                                        .sides = {byte(0), byte(4), byte(8), byte(2)}};
-        QuarterTurnCodes plainCodes;
-        QuarterTurnCodes codes;
-        plain::codesOfQuarterTurns(triangle, QuarterTurnBearings::Table(), plainCodes);
-        sse2::codesOfQuarterTurns(triangle, QuarterTurnBearings::Table(), codes);
-        ASSERT_EQ(codes, plainCodes) << i;
-        for (std::size_t turns = 0; turns < kOrientations; ++turns) {
-            ASSERT_EQ(sse2::turnedVertices(triangle, turns),
-                      plain::turnedVertices(triangle, turns));
-        }
+        ExpectTheSameCodes(triangle, {0, 1, 2, static_cast<std::uint8_t>(i % kCorners)});
+        ExpectTheSameStarts(triangle);
     }
 }
 
-TEST(TriangleCodeKernels, TurnCodesAndVerticesAlike) {
+TEST(TriangleCodeKernels, TellTheFirstVerticesOfTheSameTriangles) {
+    for (const unsigned extent : {256U, 60U, 12U, 4U, 1U}) {
+        std::mt19937 random(extent);
+        int told = 0;
+        for (const TriangleFeature& triangle : test::RandomTriangles(random, 4000, extent)) {
+            told += ExpectTheSameStarts(triangle) ? 1 : 0;
+        }
+        EXPECT_GT(told, extent == 256 ? 3000 : -1);
+        EXPECT_LT(told, extent == 1 ? 1 : 4000);
+    }
+}
+
+TEST(TriangleCodeKernels, TurnCodesAlike) {
     std::mt19937 random(11);
     for (int i = 0; i < 2000; ++i) {
         const TriangleCode code = RandomCode(random);
@@ -100,72 +127,111 @@ TEST(TriangleCodeKernels, TurnCodesAndVerticesAlike) {
             ASSERT_EQ(sse2::turnedCode(code, start), plain::turnedCode(code, start));
         }
     }
-    for (const TriangleFeature& triangle : test::RandomTriangles(random, 2000, 256)) {
-        for (std::size_t turns = 0; turns < kOrientations; ++turns) {
-            ASSERT_EQ(sse2::turnedVertices(triangle, turns),
-                      plain::turnedVertices(triangle, turns));
-        }
-    }
 }
 
-TEST(TriangleCodeKernels, FindTheSameQuarterTurnsToAgree) {
+TEST(PairTestKernels, RankAlikeWhateverOrientationsAgree) {
     std::mt19937 random(12);
     std::array<int, 16> met{};  // by which of the four agree
     for (int i = 0; i < 40000; ++i) {
         const TriangleCode first = RandomCode(random);
         QuarterTurnCodes second;
         for (TriangleCode& code : second) {
-            code = CodeNear(random, first, 34 + static_cast<int>(random() % 12));
+            code = CodeNear(random, first, 17 + static_cast<int>(random() % 10));
+            for (std::size_t j = 0; j < kCorners; ++j) {
+                // Sides do not wrap.
+                code.bytes[kSideGroup + j] = static_cast<std::uint8_t>(std::clamp(
+                    first.bytes[kSideGroup + j] + static_cast<int>(random() % 41) - 20, 0, 255));
+            }
         }
-        const unsigned expected = plain::agreeingQuarterTurns(second, first);
-        ASSERT_EQ(sse2::agreeingQuarterTurns(second, first), expected);
-        ++met[expected];
+        const OrientationRanks expected = plain::ranksOf(second, first);
+        ASSERT_EQ(sse2::ranksOf(second, first), expected);
+        std::size_t which = 0;
+        for (std::size_t m = 0; m < kOrientations; ++m) {
+            which |= std::size_t{expected[m] != kNotAlike} << m;
+        }
+        ++met[which];
     }
-    for (unsigned which = 0; which < met.size(); ++which) {
+    for (std::size_t which = 0; which < met.size(); ++which) {
         EXPECT_GT(met[which], 100) << which;
     }
 }
 
-TEST(TriangleCodeKernels, MeasureTheSameDifferencesOfRandomCodes) {
-    std::mt19937 random(13);
-    for (int i = 0; i < 40000; ++i) {
-        const TriangleCode first = RandomCode(random);
-        const TriangleCode second =
-            i % 2 == 0 ? RandomCode(random) : CodeNear(random, first, i % 40);
-        ASSERT_TRUE(AreEqual(sse2::largestDifferences(second, first),
-                             plain::largestDifferences(second, first)));
-    }
-}
-
 // Every pair of bytes in one place, all others equal.
-TEST(TriangleCodeKernels, MeasureTheSameDifferenceOfAnyTwoBytes) {
+TEST(PairTestKernels, RankAlikeWhateverTwoBytesMeet) {
     for (const std::size_t place : {0U, 2U, 4U, 6U, 8U, 10U, 12U, 14U}) {
         for (unsigned a = 0; a < 256; ++a) {
             for (unsigned b = 0; b < 256; ++b) {
                 TriangleCode first{};
                 TriangleCode second{};
+                for (const std::size_t group : {kTurnGroup, kNextEdgeGroup, kSideGroup}) {
+                    second.bytes[group + 1] = 9;  // so that no factor of the cost is nothing
+                }
                 first.bytes[place] = static_cast<std::uint8_t>(a);
                 second.bytes[place] = static_cast<std::uint8_t>(b);
-                const CodeDifference expected = plain::largestDifferences(second, first);
-                ASSERT_TRUE(AreEqual(sse2::largestDifferences(second, first), expected))
-                    << a << " and " << b << " in byte " << place;
                 const QuarterTurnCodes all = {second, first, first, second};
-                ASSERT_EQ(sse2::agreeingQuarterTurns(all, first),
-                          plain::agreeingQuarterTurns(all, first));
+                ASSERT_EQ(sse2::ranksOf(all, first), plain::ranksOf(all, first))
+                    << a << " and " << b << " in byte " << place;
+                const CyclicCodes orders = {first, second, first};
+                ASSERT_EQ(sse2::ordersToRank(second, orders), plain::ordersToRank(second, orders));
             }
         }
     }
 }
 
+TEST(PairTestKernels, TellTheSameOrdersToRank) {
+    std::mt19937 random(14);
+    std::array<int, 8> met{};
+    for (int i = 0; i < 40000; ++i) {
+        const TriangleCode second = RandomCode(random);
+        CyclicCodes first;
+        for (TriangleCode& code : first) {
+            code = CodeNear(random, second, 36 + static_cast<int>(random() % 5));
+        }
+        const unsigned expected = plain::ordersToRank(second, first);
+        ASSERT_EQ(sse2::ordersToRank(second, first), expected);
+        ++met[expected];
+    }
+    for (std::size_t which = 0; which < met.size(); ++which) {
+        EXPECT_GT(met[which], 100) << which;
+    }
+}
+
+TEST(PairTestKernels, FindTheSameSidesNearInAnyBlocks) {
+    std::mt19937 random(15);
+    for (int i = 0; i < 3000; ++i) {
+        const auto firstSides = static_cast<std::uint32_t>(random());
+        alignas(16) std::array<std::uint32_t, kTrianglesPerStretch> sides;
+        for (std::uint32_t& word : sides) {
+            word = static_cast<std::uint32_t>(random());
+            for (unsigned shift = 0; shift < 24 && random() % 8 != 0; shift += 8) {
+                const auto byte =
+                    static_cast<std::uint8_t>((firstSides >> shift) + random() % 37 - 18);
+                word = (word & ~(0xFFU << shift)) | std::uint32_t{byte} << shift;
+            }
+        }
+        const std::size_t begin = random() % 9;
+        const std::size_t end = begin + random() % (9 - begin);
+        const TriangleBits bits = sse2::nearSides(sides, begin, end, firstSides);
+        const TriangleBits expected = plain::nearSides(sides, begin, end, firstSides);
+        ASSERT_EQ(bits[0], expected[0]);
+        ASSERT_EQ(bits[1], expected[1]);
+    }
+}
+
 #endif
 
-TEST(TriangleCodeKernels, CostAsTheFormulaSays) {
+TEST(PairTestKernels, RankAsTheFormulaSays) {
     // 34816 / 35 = 994, 17408 / 18 = 967.
-    EXPECT_EQ(costOf({34, 34, 17}), 994 * 994 * 967);
-    EXPECT_EQ(costOf({10, 10, 9}), 292 * 292 * 512);
-    EXPECT_EQ(costOf({0, 34, 17}), 0);
-    EXPECT_EQ(costOf({34, 0, 17}), 0);
-    EXPECT_EQ(costOf({34, 34, 0}), 0);
+    EXPECT_EQ(costFactor(34, kMaxTurnDifferenceSteps), 994);
+    EXPECT_EQ(costFactor(34, kMaxEdgeDifferenceSteps), 994);
+    EXPECT_EQ(costFactor(17, kMaxSideDifferenceGridUnits), 967);
+    EXPECT_EQ(costFactor(10, kMaxEdgeDifferenceSteps), 292);
+    EXPECT_EQ(costFactor(9, kMaxSideDifferenceGridUnits), 512);
+    EXPECT_EQ(rankOfFactors(994, 994, 967), 911);  // 955430812 / 2^20 = 911.2
+    EXPECT_EQ(rankOfFactors(292, 292, 512), 41);   // 43655168 / 2^20 = 41.6
+    EXPECT_EQ(rankOfFactors(0, 994, 967), 0);
+    EXPECT_EQ(rankOfFactors(994, 0, 967), 0);
+    EXPECT_EQ(rankOfFactors(994, 994, 0), 0);
 }
 
 std::vector<std::pair<std::string, AgreementBounds>> AllForms() {

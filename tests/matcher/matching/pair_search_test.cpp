@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "matcher/features/triangle_feature.h"
+#include "matcher/matching/kernels/pair_test.h"
 #include "tests/matcher/matching/searched_fingers.h"
 #include "tests/support/naive_matching.h"
 #include "tests/support/synthetic_fingers.h"
@@ -140,32 +141,49 @@ std::uint32_t SidesWord(Sides sides, int fourth = 0) {
     return byte(sides[0]) | byte(sides[1]) << 8U | byte(sides[2]) << 16U | byte(fourth) << 24U;
 }
 
+// Whether a triangle of these sides is found near, alone among others.
+bool SidesAreNear(std::uint32_t second, std::uint32_t first) {
+    constexpr std::size_t kPlace = 37;
+    constexpr std::uint32_t kFarther = 0x00808080;  // half a turn of each byte
+    alignas(16) std::array<std::uint32_t, kTrianglesPerStretch> sides;
+    sides.fill(first ^ kFarther);
+    sides[kPlace] = second;
+    constexpr std::size_t kBlocks = kTrianglesPerStretch / kSideBlock;
+    const TriangleBits bits = pair_kernels::nearSides(sides, 0, kBlocks, first);
+    const TriangleBits plainBits = plain::nearSides(sides, 0, kBlocks, first);
+    EXPECT_EQ(bits[0], plainBits[0]);
+    EXPECT_EQ(bits[1], 0U);
+    EXPECT_EQ(plainBits[1], 0U);
+    EXPECT_EQ(bits[0] & ~(std::uint64_t{1} << kPlace), 0U);
+    return bits[0] != 0;
+}
+
 TEST(SidesAreNear, AcceptsADifferenceOf17InEachSideByteButNot18) {
     const std::uint32_t base = SidesWord({90, 60, 40});
     for (std::size_t i = 0; i < 3; ++i) {
         for (int sign : {-1, 1}) {
             Sides near = {90, 60, 40};
             near[i] += 17 * sign;
-            EXPECT_TRUE(sidesAreNear(SidesWord(near), base)) << i;
+            EXPECT_TRUE(SidesAreNear(SidesWord(near), base)) << i;
             near[i] += sign;
-            EXPECT_FALSE(sidesAreNear(SidesWord(near), base)) << i;
+            EXPECT_FALSE(SidesAreNear(SidesWord(near), base)) << i;
         }
     }
 }
 
 TEST(SidesAreNear, IgnoresTheFourthByte) {
     for (int fourth : {0, 1, 0x7F, 0x80, 0xFF}) {
-        EXPECT_TRUE(sidesAreNear(SidesWord({90, 60, 40}, fourth), SidesWord({90, 60, 40})));
-        EXPECT_TRUE(sidesAreNear(SidesWord({90, 60, 40}), SidesWord({90, 60, 40}, fourth)));
-        EXPECT_FALSE(sidesAreNear(SidesWord({90, 60, 58}, fourth), SidesWord({90, 60, 40})));
+        EXPECT_TRUE(SidesAreNear(SidesWord({90, 60, 40}, fourth), SidesWord({90, 60, 40})));
+        EXPECT_TRUE(SidesAreNear(SidesWord({90, 60, 40}), SidesWord({90, 60, 40}, fourth)));
+        EXPECT_FALSE(SidesAreNear(SidesWord({90, 60, 58}, fourth), SidesWord({90, 60, 40})));
     }
 }
 
 // Deliberate: the difference of candidates is taken modulo 256, that of the pair test is not.
 TEST(SidesAreNear, TakesDifferencesModulo256WhereThePairTestDoesNot) {
     // 250 - 5 = 245, or -11 modulo 256.
-    EXPECT_TRUE(sidesAreNear(SidesWord({50, 5, 250}), SidesWord({50, 5, 5})));
-    EXPECT_TRUE(sidesAreNear(SidesWord({50, 5, 5}), SidesWord({50, 5, 250})));
+    EXPECT_TRUE(SidesAreNear(SidesWord({50, 5, 250}), SidesWord({50, 5, 5})));
+    EXPECT_TRUE(SidesAreNear(SidesWord({50, 5, 5}), SidesWord({50, 5, 250})));
     EXPECT_EQ(Similarities(Triangle({50, 5, 5}), Triangle({50, 5, 250})), None{});
     EXPECT_TRUE(PairsOf({Triangle({50, 5, 5})}, {Triangle({50, 5, 250})}).empty());
 }
@@ -184,7 +202,7 @@ TEST(SidesAreNear, AgreesWithTheModularDifferenceForAllByteValuesInAllPlaces) {
                     Sides first = {right, right, right};
                     second[place] = a;
                     first[place] = b;
-                    ASSERT_EQ(sidesAreNear(SidesWord(second, a), SidesWord(first, b)), isNear(a, b))
+                    ASSERT_EQ(SidesAreNear(SidesWord(second, a), SidesWord(first, b)), isNear(a, b))
                         << a << " and " << b << " in place " << place << " beside " << left;
                 }
             }

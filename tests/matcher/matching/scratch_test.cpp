@@ -10,8 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include "matcher/matching/position_set.h"
-
 namespace orl::matcher {
 namespace {
 
@@ -95,41 +93,6 @@ TEST(Scratch, StartsAnewAfterARelease) {
 TEST(Scratch, GivesAnEmptyArrayOnDemand) {
     const auto scratch = std::make_unique<Scratch>();
     EXPECT_TRUE(scratch->take<std::uint32_t>(0).empty());
-}
-
-TEST(PositionSet, TellsWhetherAPositionIsNew) {
-    PositionSet set;
-    EXPECT_TRUE(set.insert({3, 4, 5, 1}));
-    EXPECT_FALSE(set.insert({3, 4, 99, 2}));  // direction and type do not matter
-    EXPECT_TRUE(set.insert({4, 3, 5, 1}));
-    EXPECT_TRUE(set.insert({255, 255, 0, 0}));
-    EXPECT_TRUE(set.insert({0, 0, 0, 0}));
-    EXPECT_FALSE(set.insert({0, 0, 0, 0}));
-}
-
-TEST(PositionSet, ForgetsAnErasedPositionAlone) {
-    PositionSet set;
-    set.insert({64, 7, 0, 0});
-    set.insert({65, 7, 0, 0});
-    set.erase({64, 7, 9, 9});
-    EXPECT_TRUE(set.insert({64, 7, 0, 0}));
-    EXPECT_FALSE(set.insert({65, 7, 0, 0}));
-    set.erase({1, 1, 0, 0});  // was not there
-    EXPECT_TRUE(set.insert({1, 1, 0, 0}));
-}
-
-TEST(PositionSet, TellsAllPositionsOfTheGridApart) {
-    PositionSet set;
-    for (const bool isNew : {true, false}) {
-        for (unsigned y = 0; y < 256; ++y) {
-            for (unsigned x = 0; x < 256; ++x) {
-                ASSERT_EQ(
-                    set.insert({static_cast<std::uint8_t>(x), static_cast<std::uint8_t>(y), 0, 0}),
-                    isNew)
-                    << x << ", " << y;
-            }
-        }
-    }
 }
 
 }  // namespace
