@@ -51,81 +51,98 @@ void sortByRank(std::span<TrianglePair> pairs, Scratch& scratch) {
     }
 }
 
-// Joins ranked triangle pairs corner by corner into minutia pairs.
+// The positions of a finger that stand in a pair already, by number.
+class TakenPositions {
+  public:
+    TakenPositions(const PositionNumbers& positions, Scratch& scratch)
+        : isTaken_(scratch.take<bool>(positions.count)) {
+        std::fill(isTaken_.begin(), isTaken_.end(), false);
+    }
+
+    // Takes the position; true when it was free.
+    bool take(std::size_t number) {
+        const bool wasFree = !isTaken_[number];
+        isTaken_[number] = true;
+        return wasFree;
+    }
+
+    // Notes that the positions of a triangle have been taken. Those that share a bit stay unnoted.
+    void note(const PositionBits& positions) {
+        noted_[0] |= positions[0];
+        noted_[1] |= positions[1] & kUnshared;
+    }
+
+    // The positions that are not noted, 0 if all are: so none of them is free then.
+    std::uint64_t unnoted(const PositionBits& positions) const {
+        return (positions[0] & ~noted_[0]) | (positions[1] & ~noted_[1]);
+    }
+
+  private:
+    static constexpr std::uint64_t kUnshared = ~positionBit(kSharedPositionBit)[1];
+
+    std::span<bool> isTaken_;
+    PositionBits noted_{};
+};
+
+// Joins ranked triangle pairs corner by corner into minutia pairs. `kept` has room for one more
+// than there can be: an entry is written before it is known to be kept. Returns how many are.
 //
 // Deliberate: corners pair up as they stand, whichever cyclic order made the triangles alike. A
 // position of the first finger counts as taken from its first mention on, and one taken position
 // alone does not bar a pair, so a minutia may stand in several.
-class Consolidation {
-  public:
-    Consolidation(MatchContext& context, std::size_t orientation)
-        : context_(context),
-          orientation_(orientation),
-          // Every pair kept takes a position that was free; one more entry is written to and not
-          // kept.
-          kept_(context.memory.scratch.take<MinutiaPair>(context.firstPositions.count +
-                                                         context.secondPositions.count + 1)),
-          firstIsTaken_(noneTaken(context.firstPositions)),
-          secondIsTaken_(noneTaken(context.secondPositions)) {}
-
-    void add(const TrianglePair& pair) {
-        const auto& firstVertices = context_.firstTriangles[pair.first].vertices;
-        const auto& secondVertices = context_.second.triangles[pair.second].vertices;
-        const auto& firstNumbers = context_.firstPositions.ofTriangles[pair.first];
-        const auto& secondNumbers = context_.secondPositions.ofTriangles[pair.second];
-        const auto& order =
-            kCornerOrders[context_.second.oriented[pair.second].order[orientation_]];
+std::size_t joinCorners(const MatchContext& context,
+                        std::size_t orientation,
+                        std::span<const TrianglePair> ranked,
+                        std::span<MinutiaPair> kept) {
+    const OrientedFinger second = context.second;
+    const std::span<const TriangleFeature> firstTriangles = context.firstTriangles;
+    const PositionNumbers firstNumbers = context.firstPositions;
+    const PositionNumbers secondNumbers = context.secondPositions;
+    TakenPositions firstTaken(firstNumbers, context.memory.scratch);
+    TakenPositions secondTaken(secondNumbers, context.memory.scratch);
+    std::size_t count = 0;
+    for (const TrianglePair pair : ranked) {
+        const PositionBits& firstBits = firstNumbers.bitsOfTriangles[pair.first];
+        const PositionBits& secondBits = secondNumbers.bitsOfTriangles[pair.second];
+        if ((firstTaken.unnoted(firstBits) | secondTaken.unnoted(secondBits)) == 0) {
+            continue;
+        }
+        firstTaken.note(firstBits);
+        secondTaken.note(secondBits);
+        const auto& firstPositions = firstNumbers.ofTriangles[pair.first];
+        const auto& secondPositions = secondNumbers.ofTriangles[pair.second];
+        const auto& order = kCornerOrders[second.oriented[pair.second].order[orientation]];
         for (std::size_t corner = 0; corner < kCorners; ++corner) {
             const std::size_t secondCorner = order[corner];
-            bool& firstIsTaken = firstIsTaken_[firstNumbers[corner]];
-            bool& secondIsTaken = secondIsTaken_[secondNumbers[secondCorner]];
-            kept_[count_].first = firstVertices[corner];
-            kept_[count_].second = secondVertices[secondCorner];
-            count_ += static_cast<std::size_t>(!firstIsTaken | !secondIsTaken);
-            firstIsTaken = true;
-            secondIsTaken = true;
+            kept[count].first = firstTriangles[pair.first].vertices[corner];
+            kept[count].second = second.triangles[pair.second].vertices[secondCorner];
+            const bool firstWasFree = firstTaken.take(firstPositions[corner]);
+            const bool secondWasFree = secondTaken.take(secondPositions[secondCorner]);
+            count += static_cast<std::size_t>(firstWasFree | secondWasFree);
         }
     }
-
-    // What was kept, with the second finger's vertices turned.
-    std::span<const MinutiaPair> finish() {
-        const std::span<MinutiaPair> kept = kept_.first(count_);
-        for (MinutiaPair& pair : kept) {
-            pair.second = turnedVertex(pair.second, orientation_);
-        }
-        return kept;
-    }
-
-  private:
-    std::span<bool> noneTaken(const PositionNumbers& positions) {
-        const std::span<bool> isTaken = context_.memory.scratch.take<bool>(positions.count);
-        std::fill(isTaken.begin(), isTaken.end(), false);
-        return isTaken;
-    }
-
-    MatchContext& context_;
-    std::size_t orientation_;
-    std::span<MinutiaPair> kept_;
-    std::span<bool> firstIsTaken_;  // by position number
-    std::span<bool> secondIsTaken_;
-    std::size_t count_ = 0;
-};
+    return count;
+}
 
 }  // namespace
 
 bool consolidatePairs(MatchContext& context, std::size_t orientation) {
     context.minutiaPairs = {};
-    TrianglePairList& trianglePairs = context.trianglePairs[orientation];
+    const std::span<TrianglePair> trianglePairs = context.trianglePairs[orientation].pairs();
     if (trianglePairs.size() < kMinTrianglePairs) {
         return false;
     }
     sortByRank(trianglePairs, context.memory.scratch);
-    Consolidation consolidation(context, orientation);
-    for (const TrianglePair& pair : trianglePairs) {
-        consolidation.add(pair);
+    // Every pair kept takes a position that was free.
+    const std::size_t positions = context.firstPositions.count + context.secondPositions.count;
+    const auto room = context.memory.scratch.take<MinutiaPair>(positions + 1);
+    const std::span<MinutiaPair> kept =
+        room.first(joinCorners(context, orientation, trianglePairs, room));
+    for (MinutiaPair& pair : kept) {
+        pair.second = turnedVertex(pair.second, orientation);
     }
-    context.minutiaPairs = consolidation.finish();
-    return context.minutiaPairs.size() >= kMinMinutiaPairs;
+    context.minutiaPairs = kept;
+    return kept.size() >= kMinMinutiaPairs;
 }
 
 }  // namespace orl::matcher

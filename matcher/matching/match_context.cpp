@@ -17,12 +17,7 @@ std::span<const CyclicCodes> cyclicCodes(std::span<const TriangleFeature> triang
     return codes;
 }
 
-TrianglePairList emptyPairList(Scratch& scratch) {
-    constexpr std::size_t kInitialCapacity = 512;  // pairs; rarely more in one orientation
-    TrianglePairList list(scratch.resource());
-    list.reserve(kInitialCapacity);
-    return list;
-}
+constexpr std::size_t kInitialPairs = 512;  // rarely more in one orientation
 
 }  // namespace
 
@@ -37,9 +32,9 @@ MatchContext::MatchContext(const FingerFeatures& first,
       second(orientedFinger(secondFinger.triangles, matchMemory.scratch)),
       firstPositions(positionNumbers(first.triangles, matchMemory.scratch)),
       secondPositions(positionNumbers(secondFinger.triangles, matchMemory.scratch)),
-      trianglePairs{emptyPairList(matchMemory.scratch),
-                    emptyPairList(matchMemory.scratch),
-                    emptyPairList(matchMemory.scratch),
-                    emptyPairList(matchMemory.scratch)} {}
+      trianglePairs{TrianglePairList(kInitialPairs, matchMemory.scratch),
+                    TrianglePairList(kInitialPairs, matchMemory.scratch),
+                    TrianglePairList(kInitialPairs, matchMemory.scratch),
+                    TrianglePairList(kInitialPairs, matchMemory.scratch)} {}
 
 }  // namespace orl::matcher

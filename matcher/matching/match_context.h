@@ -6,28 +6,18 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <memory_resource>
 #include <span>
-#include <vector>
 
 #include "matcher/features/finger_model.h"
 #include "matcher/matching/orientation.h"
 #include "matcher/matching/position_numbers.h"
 #include "matcher/matching/scratch.h"
 #include "matcher/matching/triangle_code.h"
+#include "matcher/matching/triangle_pair_list.h"
 
 namespace orl::matcher {
 
 inline constexpr std::int32_t kMaxSimilarity = 1024;
-
-// Two triangles that look alike, as indices into the two fingers' lists.
-struct alignas(8) TrianglePair {
-    std::uint16_t rank;  // kMaxSimilarity less the similarity (1..1024, higher is better)
-    std::uint16_t first;
-    std::uint16_t second;
-};
-
-using TrianglePairList = std::pmr::vector<TrianglePair>;
 
 // A minutia of the first finger and the one of the second finger that it is taken to be.
 struct MinutiaPair {

@@ -1,7 +1,9 @@
 #include "matcher/matching/pair_search.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
+#include <span>
 
 #include "matcher/matching/candidate_index.h"
 #include "matcher/matching/kernels/pair_test.h"
@@ -69,40 +71,84 @@ OrientationRanks bestRanks(const QuarterTurnCodes& second,
     return best;
 }
 
-// The cyclic orders of the first triangle under which the two may agree in any orientation.
-unsigned ordersToRank(const MatchContext& context, std::size_t first, std::size_t second) {
-    constexpr unsigned kAllOrders = 0b111;
-    return context.second.oriented[second].isIrregular
-               ? kAllOrders
-               : pair_kernels::ordersToRank(context.second.codes[second][0],
-                                            context.firstCodes[first]);
-}
+// Tests the pairs of triangles that the index found, many at a time: what is decided by chance, so
+// that a processor cannot foresee it, is decided by stores that may be overwritten, not by
+// branches.
+class PairTest {
+  public:
+    explicit PairTest(MatchContext& context) : context_(context) {}
 
-// Tests the triangles of the second finger from `offset` on whose bits are set.
-void testFound(MatchContext& context, std::size_t first, std::size_t offset, std::uint64_t found) {
-    for (; found != 0; found &= found - 1) {
-        const std::size_t second = offset + static_cast<std::size_t>(std::countr_zero(found));
-        const unsigned orders = ordersToRank(context, first, second);
-        if (orders == 0) {
-            continue;
+    // Adds pairs of triangle `first` and those from `offset` on whose bits are set.
+    void add(std::size_t first, std::size_t offset, const TriangleBits& found) {
+        if (count_ > kCapacity - kTrianglesPerStretch) {
+            testAll();
         }
-        const OrientationRanks ranks =
-            bestRanks(context.second.codes[second], context.firstCodes[first], orders);
-        for (std::size_t m = 0; m < kOrientations; ++m) {
-            if (ranks[m] != kNotAlike) {
-                context.trianglePairs[m].push_back({ranks[m],
-                                                    static_cast<std::uint16_t>(first),
-                                                    static_cast<std::uint16_t>(second)});
+        addWord(first, offset, found[0]);
+        addWord(first, offset + kTrianglesPerStretch / 2, found[1]);
+    }
+
+    // Appends the pairs that are alike to the context's lists. Throws: std::bad_alloc.
+    void testAll() {
+        dropUnlike();
+        for (TrianglePairList& list : context_.trianglePairs) {
+            list.reserveMore(count_);
+        }
+        for (const Candidate& candidate : std::span(candidates_).first(count_)) {
+            const OrientationRanks ranks = bestRanks(context_.second.codes[candidate.second],
+                                                     context_.firstCodes[candidate.first],
+                                                     candidate.orders);
+            for (std::size_t m = 0; m < kOrientations; ++m) {
+                context_.trianglePairs[m].appendIfAlike(
+                    {ranks[m], candidate.first, candidate.second});
             }
         }
+        count_ = 0;
     }
-}
+
+  private:
+    static constexpr std::size_t kCapacity = 1024;
+
+    struct Candidate {
+        std::uint16_t first;
+        std::uint16_t second;
+        unsigned orders;  // cyclic orders under which the two may agree in any orientation
+    };
+
+    void addWord(std::size_t first, std::size_t offset, std::uint64_t found) {
+        for (; found != 0; found &= found - 1) {
+            const std::size_t second = offset + static_cast<std::size_t>(std::countr_zero(found));
+            candidates_[count_++] = {
+                static_cast<std::uint16_t>(first), static_cast<std::uint16_t>(second), 0};
+        }
+    }
+
+    // Finds each candidate's orders and drops those that have none.
+    void dropUnlike() {
+        constexpr unsigned kAllOrders = 0b111;
+        std::size_t kept = 0;
+        for (const Candidate& candidate : std::span(candidates_).first(count_)) {
+            const unsigned orders =
+                pair_kernels::ordersToRank(context_.second.codes[candidate.second][0],
+                                           context_.firstCodes[candidate.first]) |
+                (context_.second.oriented[candidate.second].isIrregular ? kAllOrders : 0);
+            candidates_[kept] = {candidate.first, candidate.second, orders};
+            kept += static_cast<std::size_t>(orders != 0);
+        }
+        count_ = kept;
+    }
+
+    MatchContext& context_;
+    // Left uninitialised on purpose: entries are written before they count.
+    std::array<Candidate, kCapacity> candidates_;
+    std::size_t count_ = 0;
+};
 
 }  // namespace
 
 void searchTrianglePairs(MatchContext& context) {
     const CandidateIndex index(context.second, context.memory.scratch);
     KeyRange range(context.second.triangles);
+    PairTest test(context);
     for (std::size_t first = 0; first < context.firstTriangles.size(); ++first) {
         if (!range.moveTo(searchKey(context.firstTriangles[first]))) {
             continue;
@@ -113,15 +159,15 @@ void searchTrianglePairs(MatchContext& context) {
         for (std::size_t stretch = range.begin() / kTrianglesPerStretch; stretch < endStretch;
              ++stretch) {
             const std::size_t offset = stretch * kTrianglesPerStretch;
-            const TriangleBits found =
-                index.find(query,
-                           stretch,
-                           std::max(range.begin(), offset) - offset,
-                           std::min(range.end() - offset, kTrianglesPerStretch));
-            testFound(context, first, offset, found[0]);
-            testFound(context, first, offset + kTrianglesPerStretch / 2, found[1]);
+            test.add(first,
+                     offset,
+                     index.find(query,
+                                stretch,
+                                std::max(range.begin(), offset) - offset,
+                                std::min(range.end() - offset, kTrianglesPerStretch)));
         }
     }
+    test.testAll();
 }
 
 std::int32_t scoreTrianglePair(const TriangleCode& second, const CyclicCodes& firstCodes) {

@@ -45,17 +45,29 @@ class PositionTable {
     std::uint32_t count_ = 0;
 };
 
+PositionBits bitsOf(const std::array<std::uint16_t, kCorners>& numbers) {
+    PositionBits bits{};
+    for (const std::uint16_t number : numbers) {
+        const PositionBits bit = positionBit(number);
+        bits[0] |= bit[0];
+        bits[1] |= bit[1];
+    }
+    return bits;
+}
+
 }  // namespace
 
 PositionNumbers positionNumbers(std::span<const TriangleFeature> triangles, Scratch& scratch) {
     assert(triangles.size() <= kMaxNumberedTriangles);
     const auto numbers = scratch.take<std::array<std::uint16_t, kCorners>>(triangles.size());
+    const auto bits = scratch.take<PositionBits>(triangles.size());
     PositionTable table(kCorners * triangles.size(), scratch);
     for (std::size_t t = 0; t < triangles.size(); ++t) {
         const auto& [a, b, c] = triangles[t].vertices;
         numbers[t] = {table.numberOf(a), table.numberOf(b), table.numberOf(c)};
+        bits[t] = bitsOf(numbers[t]);
     }
-    return {numbers, table.count()};
+    return {numbers, bits, table.count()};
 }
 
 }  // namespace orl::matcher

@@ -30,9 +30,9 @@ inline constexpr PairRank kNotAlike = 1024;
 using OrientationRanks = std::array<PairRank, kOrientations>;
 
 // A difference as a factor of the cost, 0..1023: 1024 just beyond its limit.
-constexpr std::uint16_t costFactor(std::size_t difference, std::size_t limit) {
-    constexpr std::size_t kScale = 1024;
-    return static_cast<std::uint16_t>(difference * kScale / (limit + 1));
+constexpr std::uint32_t costFactor(std::uint32_t difference, std::uint32_t limit) {
+    constexpr std::uint32_t kScale = 1024;
+    return difference * kScale / (limit + 1);
 }
 
 // Of the three factors' product, what the similarity keeps.

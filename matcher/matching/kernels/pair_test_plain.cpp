@@ -8,13 +8,13 @@ namespace {
 
 // The largest differences between the turns, edges and sides of two codes.
 struct CodeDifference {
-    std::size_t turn = 0;
-    std::size_t edge = 0;
-    std::size_t side = 0;
+    std::uint32_t turn = 0;
+    std::uint32_t edge = 0;
+    std::uint32_t side = 0;
 };
 
-std::size_t circularDifference(std::uint8_t a, std::uint8_t b) {
-    return static_cast<std::size_t>(CircularDifference(a, b));
+std::uint32_t circularDifference(std::uint8_t a, std::uint8_t b) {
+    return static_cast<std::uint32_t>(CircularDifference(a, b));
 }
 
 CodeDifference largestDifferences(const TriangleCode& second, const TriangleCode& first) {
@@ -23,7 +23,7 @@ CodeDifference largestDifferences(const TriangleCode& second, const TriangleCode
         const auto circular = [&](std::size_t group) {
             return circularDifference(second.bytes[group + j], first.bytes[group + j]);
         };
-        const auto side = static_cast<std::size_t>(
+        const auto side = static_cast<std::uint32_t>(
             std::abs(second.bytes[kSideGroup + j] - first.bytes[kSideGroup + j]));
         largest.turn = std::max(largest.turn, circular(kTurnGroup));
         largest.edge =
@@ -65,7 +65,7 @@ OrientationRanks ranksOf(const QuarterTurnCodes& second, const TriangleCode& fir
 unsigned ordersToRank(const TriangleCode& second, const CyclicCodes& first) {
     unsigned orders = 0;
     for (std::size_t order = 0; order < kCorners; ++order) {
-        std::size_t largest = 0;
+        std::uint32_t largest = 0;
         for (std::size_t byte = 0; byte < kSideGroup; ++byte) {
             largest =
                 std::max(largest, circularDifference(second.bytes[byte], first[order].bytes[byte]));

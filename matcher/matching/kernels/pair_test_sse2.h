@@ -19,13 +19,6 @@ inline __m128i differencesOf(__m128i a, __m128i b) {
     return _mm_min_epu8(plainDifference, _mm_xor_si128(plainDifference, circularBytes));
 }
 
-// Whether no byte exceeds its limit.
-inline bool isWithin(__m128i differences, __m128i limits) {
-    constexpr int kAllBytes = 0xFFFF;
-    const __m128i beyond = _mm_subs_epu8(differences, limits);
-    return _mm_movemask_epi8(_mm_cmpeq_epi8(beyond, _mm_setzero_si128())) == kAllBytes;
-}
-
 // Of each group the largest byte, as a 32-bit number.
 inline __m128i largestOfGroups(__m128i differences) {
     constexpr int kLowByte = 0xFF;
@@ -34,46 +27,71 @@ inline __m128i largestOfGroups(__m128i differences) {
     return _mm_and_si128(largest, _mm_set1_epi32(kLowByte));
 }
 
-// Cost factors by difference. The limits of turns and edges are the same.
-static_assert(kMaxTurnDifferenceSteps == kMaxEdgeDifferenceSteps);
-
-template <std::size_t kLimit>
-constexpr std::array<std::uint16_t, kLimit + 1> costFactors() {
-    std::array<std::uint16_t, kLimit + 1> factors{};
-    for (std::size_t difference = 0; difference <= kLimit; ++difference) {
-        factors[difference] = costFactor(difference, kLimit);
-    }
-    return factors;
+// Cost factors of four differences up to kLimit: a product in place of the division, as exact for
+// so few numbers.
+template <unsigned kLimit, unsigned kShift>
+__m128i costFactors(__m128i differences) {
+    constexpr unsigned kScaled = costFactor(1U << kShift, kLimit) + 1U;
+    static_assert(kScaled < 0x8000);
+    static_assert([] {
+        for (unsigned difference = 0; difference <= kLimit; ++difference) {
+            if (difference * kScaled >> kShift != costFactor(difference, kLimit)) {
+                return false;
+            }
+        }
+        return true;
+    }());
+    return _mm_srli_epi32(_mm_madd_epi16(differences, _mm_set1_epi32(kScaled)), kShift);
 }
-inline constexpr auto kCircularFactors = costFactors<kMaxEdgeDifferenceSteps>();
-inline constexpr auto kSideFactors = costFactors<kMaxSideDifferenceGridUnits>();
+
+// Ranks of four pairs, as 32-bit numbers, from the three factors of each.
+inline __m128i ranksOfFactors(__m128i edge, __m128i turn, __m128i side) {
+    constexpr int kCostBitsPerPoint = 20;
+    constexpr int kLaneBits = 32;
+    const __m128i product = _mm_madd_epi16(edge, turn);
+    const __m128i even = _mm_mul_epu32(product, side);
+    const __m128i odd =
+        _mm_mul_epu32(_mm_srli_epi64(product, kLaneBits), _mm_srli_epi64(side, kLaneBits));
+    return _mm_or_si128(_mm_srli_epi64(even, kCostBitsPerPoint),
+                        _mm_slli_epi64(_mm_srli_epi64(odd, kCostBitsPerPoint), kLaneBits));
+}
 
 inline OrientationRanks ranksOf(const QuarterTurnCodes& second, const TriangleCode& first) {
-    static_assert(kMaxTurnDifferenceSteps == 0x22 && kMaxSideDifferenceGridUnits == 0x11);
-    const __m128i limits = _mm_set_epi32(0x00111111, 0x00222222, 0x00222222, 0x00222222);
+    static_assert(kMaxTurnDifferenceSteps == 0x22 && kMaxEdgeDifferenceSteps == 0x22 &&
+                  kMaxSideDifferenceGridUnits == 0x11);
     const __m128i code = codeBytes(first);
-    const __m128i differences[] = {differencesOf(codeBytes(second[0]), code),
-                                   differencesOf(codeBytes(second[1]), code),
-                                   differencesOf(codeBytes(second[2]), code),
-                                   differencesOf(codeBytes(second[3]), code)};
+    const auto largestOf = [&](std::size_t m) {
+        return largestOfGroups(differencesOf(codeBytes(second[m]), code));
+    };
     // Four bytes an orientation: the largest turn, edge from the next vertex, edge from the
     // previous one, and side.
-    alignas(16) std::array<std::array<std::uint8_t, 4>, kOrientations> largest;
-    _mm_store_si128(
-        reinterpret_cast<__m128i*>(largest.data()),
-        _mm_packus_epi16(
-            _mm_packs_epi32(largestOfGroups(differences[0]), largestOfGroups(differences[1])),
-            _mm_packs_epi32(largestOfGroups(differences[2]), largestOfGroups(differences[3]))));
-    OrientationRanks ranks;
-    for (std::size_t m = 0; m < kOrientations; ++m) {
-        const auto [turn, nextEdge, previousEdge, side] = largest[m];
-        ranks[m] = isWithin(differences[m], limits)
-                       ? rankOfFactors(kCircularFactors[std::max(nextEdge, previousEdge)],
-                                       kCircularFactors[turn],
-                                       kSideFactors[side])
-                       : kNotAlike;
-    }
-    return ranks;
+    const __m128i largest = _mm_packus_epi16(_mm_packs_epi32(largestOf(0), largestOf(1)),
+                                             _mm_packs_epi32(largestOf(2), largestOf(3)));
+    const __m128i beyond = _mm_subs_epu8(largest, _mm_set1_epi32(0x11222222));
+    const __m128i isAlike = _mm_cmpeq_epi32(beyond, _mm_setzero_si128());
+    const __m128i lowByte = _mm_set1_epi32(0xFF);
+    const __m128i turn = _mm_and_si128(largest, lowByte);
+    const __m128i edge = _mm_and_si128(
+        _mm_max_epu8(_mm_srli_epi32(largest, 8), _mm_srli_epi32(largest, 16)), lowByte);
+    const __m128i side = _mm_srli_epi32(largest, 24);
+    constexpr unsigned kCircularShift = 10;
+    constexpr unsigned kSideShift = 9;
+    const __m128i ranks =
+        ranksOfFactors(costFactors<kMaxEdgeDifferenceSteps, kCircularShift>(edge),
+                       costFactors<kMaxTurnDifferenceSteps, kCircularShift>(turn),
+                       costFactors<kMaxSideDifferenceGridUnits, kSideShift>(side));
+    const __m128i chosen = _mm_or_si128(_mm_and_si128(isAlike, ranks),
+                                        _mm_andnot_si128(isAlike, _mm_set1_epi32(kNotAlike)));
+    OrientationRanks result;
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(result.data()), _mm_packs_epi32(chosen, chosen));
+    return result;
+}
+
+// Whether no byte exceeds its limit.
+inline bool isWithin(__m128i differences, __m128i limits) {
+    constexpr int kAllBytes = 0xFFFF;
+    const __m128i beyond = _mm_subs_epu8(differences, limits);
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(beyond, _mm_setzero_si128())) == kAllBytes;
 }
 
 inline unsigned ordersToRank(const TriangleCode& second, const CyclicCodes& first) {

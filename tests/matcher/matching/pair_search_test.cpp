@@ -449,7 +449,7 @@ Consolidated ConsolidatedPairs(const std::vector<TriangleFeature>& first,
     test::FingersInMatch fingers({3, first}, {3, second});
     const std::vector<MinutiaPair> earlier = {{{1, 1, 1, 1}, {2, 2, 2, 2}}};
     fingers.context().minutiaPairs = earlier;
-    fingers.context().trianglePairs[0].assign(trianglePairs.begin(), trianglePairs.end());
+    fingers.setPairs(0, trianglePairs);
     const bool areEnough = consolidatePairs(fingers.context(), 0);
     return {areEnough, test::Copied(fingers.context().minutiaPairs)};
 }
@@ -617,7 +617,7 @@ TEST(ConsolidatePairs, ForgetsThePositionsOfAnEarlierMatch) {
     const TriangleFeature a = MakeTriangleFeature({10, 10, 1, 0}, {60, 10, 2, 1}, {30, 50, 3, 2});
     test::FingersInMatch fingers({3, {a}}, {3, {a}});
     for (std::size_t orientation = 0; orientation < kOrientations; ++orientation) {
-        fingers.context().trianglePairs[orientation].assign(3, PairOf(1024, 0, 0));
+        fingers.setPairs(orientation, std::vector(3, PairOf(1024, 0, 0)));
         EXPECT_TRUE(consolidatePairs(fingers.context(), orientation));
         EXPECT_EQ(fingers.context().minutiaPairs.size(), 3U) << orientation;
     }
@@ -628,7 +628,7 @@ TEST(ConsolidatePairs, PairsWithTheTurnedTrianglesVerticesInTheirOwnOrder) {
     for (int turns = 0; turns < 4; ++turns) {
         test::FingersInMatch fingers({3, {a}}, {3, {a}});
         const auto orientation = static_cast<std::size_t>(turns);
-        fingers.context().trianglePairs[orientation].assign(3, PairOf(1024, 0, 0));
+        fingers.setPairs(orientation, std::vector(3, PairOf(1024, 0, 0)));
         EXPECT_TRUE(consolidatePairs(fingers.context(), orientation));
         const TriangleFeature turned = naive::Turned(std::vector{a}, turns).at(0);
         EXPECT_EQ(test::Copied(fingers.context().minutiaPairs),

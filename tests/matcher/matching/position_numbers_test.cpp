@@ -22,9 +22,23 @@ struct Numbered {
     std::size_t count;
 };
 
+// A triangle's set is that of its three numbers.
+void ExpectBitsOfNumbers(const PositionNumbers& numbers) {
+    for (std::size_t t = 0; t < numbers.ofTriangles.size(); ++t) {
+        PositionBits expected{};
+        for (const std::uint16_t number : numbers.ofTriangles[t]) {
+            expected[0] |= positionBit(number)[0];
+            expected[1] |= positionBit(number)[1];
+        }
+        ASSERT_EQ(numbers.bitsOfTriangles[t], expected) << t;
+    }
+}
+
 Numbered NumbersOf(const std::vector<TriangleFeature>& triangles) {
     const auto scratch = std::make_unique<Scratch>();
     const PositionNumbers numbers = positionNumbers(triangles, *scratch);
+    EXPECT_EQ(numbers.bitsOfTriangles.size(), triangles.size());
+    ExpectBitsOfNumbers(numbers);
     return {{numbers.ofTriangles.begin(), numbers.ofTriangles.end()}, numbers.count};
 }
 
@@ -47,6 +61,16 @@ TEST(PositionNumbers, OfNoTrianglesAreNone) {
     const Numbered numbered = NumbersOf({});
     EXPECT_TRUE(numbered.ofTriangles.empty());
     EXPECT_EQ(numbered.count, 0U);
+}
+
+TEST(PositionBits, ShareTheLastBitFromNumber127On) {
+    EXPECT_EQ(positionBit(0), (PositionBits{1, 0}));
+    EXPECT_EQ(positionBit(63), (PositionBits{0x8000000000000000, 0}));
+    EXPECT_EQ(positionBit(64), (PositionBits{0, 1}));
+    EXPECT_EQ(positionBit(126), (PositionBits{0, 0x4000000000000000}));
+    EXPECT_EQ(positionBit(127), (PositionBits{0, 0x8000000000000000}));
+    EXPECT_EQ(positionBit(128), positionBit(127));
+    EXPECT_EQ(positionBit(30000), positionBit(127));
 }
 
 void ExpectPlainNumbers(const std::vector<TriangleFeature>& triangles) {

@@ -32,10 +32,19 @@ class FingersInMatch {
     // The pairs found in an orientation, the way the plain matcher gives them.
     std::vector<naive::TrianglePair> pairs(std::size_t orientation) const {
         std::vector<naive::TrianglePair> pairs;
-        for (const matcher::TrianglePair& pair : context_->trianglePairs[orientation]) {
+        for (const matcher::TrianglePair& pair : context_->trianglePairs[orientation].pairs()) {
             pairs.push_back({matcher::kMaxSimilarity - pair.rank, pair.first, pair.second});
         }
         return pairs;
+    }
+
+    // As if these pairs had been found.
+    void setPairs(std::size_t orientation, std::span<const matcher::TrianglePair> pairs) {
+        matcher::TrianglePairList& list = context_->trianglePairs[orientation];
+        list = matcher::TrianglePairList(pairs.size(), memory_->scratch);
+        for (const matcher::TrianglePair& pair : pairs) {
+            list.appendIfAlike(pair);
+        }
     }
 
   private:
