@@ -20,7 +20,7 @@ function(orl_add_test name)
       "$<$<COMPILE_LANGUAGE:CXX>:<gmock/gmock.h$<ANGLE-R>>"
       "$<$<COMPILE_LANGUAGE:CXX>:<gtest/gtest.h$<ANGLE-R>>")
   endif()
-  target_compile_options(${name} PRIVATE $<$<AND:$<CONFIG:Release>,$<NOT:$<BOOL:${WIN32}>>>:-O1>)
+  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
   set(results ${PROJECT_BINARY_DIR}/test-results/${name}.xml)
   if(WIN32 AND CMAKE_CROSSCOMPILING)

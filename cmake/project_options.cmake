@@ -19,6 +19,13 @@ if(ORL_SANITIZE)
   add_link_options(-fsanitize=${ORL_SANITIZE})
 endif()
 
+if(MINGW)
+  # GCC takes it that a function it has compiled is the one that will be called, and relies on the
+  # registers which that one leaves alone. On Windows it does so for inline functions too, of which
+  # the linker keeps one copy of many, perhaps one that was compiled otherwise.
+  add_compile_options(-fno-ipa-ra)
+endif()
+
 if(WIN32)
   target_compile_definitions(orl_options INTERFACE
     WIN32_LEAN_AND_MEAN NOMINMAX UNICODE _UNICODE _WIN32_WINNT=0x0A00 __USE_MINGW_ANSI_STDIO=1)
