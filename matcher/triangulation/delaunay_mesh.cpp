@@ -6,53 +6,97 @@
 #include <cmath>
 #include <limits>
 #include <stdexcept>
+#include <type_traits>
 #include <vector>
 
-#include "matcher/triangulation/bucket_sort.h"
+#include "matcher/triangulation/double_lanes.h"
 
 namespace orl::matcher {
 
 namespace {
-
-constexpr double kLargest = std::numeric_limits<double>::max();
 
 // Two points closer than this in both coordinates are one point.
 constexpr double kDuplicateTolerance = std::numeric_limits<double>::epsilon();
 
 constexpr std::uint64_t kMaxFlipsPerHalfEdge = 64;
 
-// Makes two existing half-edges twins; b may be NoIndex.
-void PairTwins(HalfEdge* twins, HalfEdge a, HalfEdge b) {
-    twins[a] = b;
-    if (b != NoIndex) {
-        twins[b] = a;
-    }
-}
+// Tells whether points coincide. Whole numbers do when they are equal.
+template <typename Circle>
+class Spot {
+  public:
+    // A spot that coincides with nothing.
+    Spot() : p_(BothLanes(std::numeric_limits<double>::quiet_NaN())) {}
+    explicit Spot(PointLanes p) : p_(p) {}
 
-bool Coincide(const Point& p, const Point& q) {
-    return std::abs(p.x - q.x) <= kDuplicateTolerance && std::abs(p.y - q.y) <= kDuplicateTolerance;
+    bool Coincides(const Spot& other) const {
+        return std::abs(p_[0] - other.p_[0]) <= kDuplicateTolerance &&
+               std::abs(p_[1] - other.p_[1]) <= kDuplicateTolerance;
+    }
+
+  private:
+    PointLanes p_;
+};
+
+template <>
+class Spot<ExactCircle> {
+  public:
+    Spot() = default;
+    explicit Spot(PointLanes p)
+        : bits_(__builtin_bit_cast(std::uint64_t, __builtin_convertvector(p, Whole))) {}
+
+    bool Coincides(const Spot& other) const { return bits_ == other.bits_; }
+
+  private:
+    using Whole [[gnu::vector_size(2 * sizeof(std::int32_t))]] = std::int32_t;
+
+    std::uint64_t bits_ = NoIndex - (NoIndex >> 1U);  // beyond the range of exact coordinates
+};
+
+// PrevHalfEdge of the half-edges of a mesh's first triangles, by table.
+constexpr std::size_t kTabledHalfEdges = MaxHalfEdges(DelaunayMesh::kInlinePoints);
+constexpr std::array<std::uint16_t, kTabledHalfEdges> kPrevHalfEdges = [] {
+    std::array<std::uint16_t, kTabledHalfEdges> table{};
+    for (std::size_t edge = 0; edge < table.size(); ++edge) {
+        table[edge] = static_cast<std::uint16_t>(PrevHalfEdge(edge));
+    }
+    return table;
+}();
+
+template <typename Index>
+HalfEdge PrevIn(HalfEdge edge) {
+    if constexpr (sizeof(Index) == sizeof(std::uint16_t)) {
+        assert(edge < kPrevHalfEdges.size());
+        return kPrevHalfEdges[edge];
+    } else {
+        return PrevHalfEdge(edge);
+    }
 }
 
 }  // namespace
 
-DelaunayMesh::DelaunayMesh(std::span<const double> points) : DelaunayMesh(points, Unbuilt{}) {
-    const Seed seed = ChooseSeed();
+template <typename Indices>
+BasicDelaunayMesh<Indices>::BasicDelaunayMesh(std::span<const double> points)
+    : BasicDelaunayMesh(points, Unbuilt{}) {
+    assert((std::is_same_v<Indices, WideIndices>) || PointCount() <= kInlinePoints);
+    const PointBox box = BoxOf(points);
+    const Seed seed = ChooseSeed(points, box);
     centre_ = Circumcentre(PointAt(seed.i0), PointAt(seed.i1), PointAt(seed.i2));
     StartHull(seed);
-    if (PointCount() <= kInlinePoints) {
-        SweepFewPoints(seed);
+    if (box.isExact) {
+        SweepPoints<ExactCircle>(seed);
     } else {
-        SweepManyPoints(seed);
+        SweepPoints<PlainCircle>(seed);
     }
 }
 
-HalfEdge DelaunayMesh::AddTriangle(
+template <typename Indices>
+HalfEdge BasicDelaunayMesh<Indices>::AddTriangle(
     PointIndex i0, PointIndex i1, PointIndex i2, HalfEdge a, HalfEdge b, HalfEdge c) {
     const HalfEdge t = vertices_.size();
-    PointIndex* const corners = vertices_.Extend(kHalfEdgesPerTriangle);
-    corners[0] = i0;
-    corners[1] = i1;
-    corners[2] = i2;
+    Index* const corners = vertices_.Extend(kHalfEdgesPerTriangle);
+    corners[0] = static_cast<Index>(i0);
+    corners[1] = static_cast<Index>(i1);
+    corners[2] = static_cast<Index>(i2);
     Link(t, a);
     Link(t + 1, b);
     Link(t + 2, c);
@@ -60,49 +104,59 @@ HalfEdge DelaunayMesh::AddTriangle(
 }
 
 // AddTriangle for the sweep, where the arrays are in step and the neighbours are earlier
-// half-edges, so that the twins are written straight away; else Link finds out what is wrong.
-inline HalfEdge DelaunayMesh::JoinTriangle(
+// half-edges, so that every link has its place.
+template <typename Indices>
+inline HalfEdge BasicDelaunayMesh<Indices>::JoinTriangle(
     PointIndex i0, PointIndex i1, PointIndex i2, HalfEdge a, HalfEdge b, HalfEdge c) {
     const HalfEdge t = vertices_.size();
-    const auto isEarlier = [t](HalfEdge edge) { return edge == NoIndex || edge < t; };
-    if (twins_.size() != t || !isEarlier(a) || !isEarlier(b) || !isEarlier(c)) {
-        return AddTriangle(i0, i1, i2, a, b, c);
-    }
-    PointIndex* const corners = vertices_.Extend(kHalfEdgesPerTriangle);
-    corners[0] = i0;
-    corners[1] = i1;
-    corners[2] = i2;
+    assert(twins_.size() == t);
+    assert((a == kNone || a < t) && (b == kNone || b < t) && c < t);
+    Index* const corners = vertices_.Extend(kHalfEdgesPerTriangle);
+    corners[0] = static_cast<Index>(i0);
+    corners[1] = static_cast<Index>(i1);
+    corners[2] = static_cast<Index>(i2);
     twins_.Extend(kHalfEdgesPerTriangle);
-    HalfEdge* const twins = twins_.begin();
-    PairTwins(twins, t, a);
-    PairTwins(twins, t + 1, b);
-    PairTwins(twins, t + 2, c);
+    PairTwins(t, a);
+    PairTwins(t + 1, b);
+    PairTwins(t + 2, c);
     return t;
 }
 
-void DelaunayMesh::Link(HalfEdge a, HalfEdge b) {
+// Makes two existing half-edges twins; b may be kNone.
+template <typename Indices>
+inline void BasicDelaunayMesh<Indices>::PairTwins(HalfEdge a, HalfEdge b) {
+    twins_[a] = static_cast<Index>(b);
+    if (b != kNone) {
+        twins_[b] = static_cast<Index>(a);
+    }
+}
+
+template <typename Indices>
+void BasicDelaunayMesh<Indices>::Link(HalfEdge a, HalfEdge b) {
     SetTwin(a, b);
-    if (b != NoIndex) {
+    if (b != kNone) {
         SetTwin(b, a);
     }
 }
 
 // The twins grow in step with the half-edges: a link that would leave a gap is reported.
-void DelaunayMesh::SetTwin(HalfEdge edge, HalfEdge twin) {
+template <typename Indices>
+void BasicDelaunayMesh<Indices>::SetTwin(HalfEdge edge, HalfEdge twin) {
     if (edge > twins_.size()) {
         throw std::runtime_error("Cannot link edge");
     }
     if (edge == twins_.size()) {
-        twins_.push_back(twin);
+        twins_.push_back(static_cast<Index>(twin));
     } else {
-        twins_[edge] = twin;
+        twins_[edge] = static_cast<Index>(twin);
     }
 }
 
 // Bucket of a point by a measure that rises with its angle around the centre, from 0 on the
 // negative x axis through 1/4 (-y), 1/2 (+x) and 3/4 (+y) to 1. A bucket is only where a search
 // starts, so the centre itself may go anywhere: it goes into bucket 0.
-std::uint64_t DelaunayMesh::HullKey(const Point& p) const {
+template <typename Indices>
+std::uint64_t BasicDelaunayMesh<Indices>::HullKey(const Point& p) const {
     const double dx = p.x - centre_.x;
     const double dy = p.y - centre_.y;
     const double slope = dx / (std::abs(dx) + std::abs(dy));
@@ -115,213 +169,104 @@ std::uint64_t DelaunayMesh::HullKey(const Point& p) const {
     return bucket < hashSize_ ? bucket : bucket % hashSize_;
 }
 
-// Deliberate: the maxima start at the smallest positive double, not at the most negative one. Where
-// every coordinate is negative the box reaches up to zero, which moves the seed.
-Point DelaunayMesh::BoxCentre() const {
-    Point low{.x = kLargest, .y = kLargest};
-    Point high{.x = std::numeric_limits<double>::min(), .y = std::numeric_limits<double>::min()};
-    for (PointIndex i = 0; i < PointCount(); ++i) {
-        const Point p = PointAt(i);
-        low = {.x = std::min(low.x, p.x), .y = std::min(low.y, p.y)};
-        high = {.x = std::max(high.x, p.x), .y = std::max(high.y, p.y)};
-    }
-    return {.x = (low.x + high.x) * 0.5, .y = (low.y + high.y) * 0.5};
-}
-
-PointIndex DelaunayMesh::NearestTo(const Point& centre) const {
-    PointIndex nearest = NoIndex;
-    double best = kLargest;
-    for (PointIndex i = 0; i < PointCount(); ++i) {
-        const double distance = SquaredDistance(PointAt(i), centre);
-        if (distance < best) {
-            best = distance;
-            nearest = i;
-        }
-    }
-    return nearest;
-}
-
-PointIndex DelaunayMesh::NearestDistinctFrom(PointIndex i0) const {
-    PointIndex nearest = NoIndex;
-    double best = kLargest;
-    for (PointIndex i = 0; i < PointCount(); ++i) {
-        const double distance = SquaredDistance(PointAt(i), PointAt(i0));
-        if (i != i0 && distance > 0.0 && distance < best) {
-            best = distance;
-            nearest = i;
-        }
-    }
-    return nearest;
-}
-
-PointIndex DelaunayMesh::SmallestCircleWith(PointIndex i0, PointIndex i1) const {
-    PointIndex smallest = NoIndex;
-    double best = kLargest;
-    for (PointIndex i = 0; i < PointCount(); ++i) {
-        if (i == i0 || i == i1) {
-            continue;
-        }
-        const double radius = Circumradius(PointAt(i0), PointAt(i1), PointAt(i));
-        if (radius < best) {
-            best = radius;
-            smallest = i;
-        }
-    }
-    return smallest;
-}
-
-// Three points near the middle that form a small circle, in the mesh's winding.
-DelaunayMesh::Seed DelaunayMesh::ChooseSeed() const {
-    const PointIndex i0 = NearestTo(BoxCentre());
-    const PointIndex i1 = i0 == NoIndex ? NoIndex : NearestDistinctFrom(i0);
-    const PointIndex i2 = i1 == NoIndex ? NoIndex : SmallestCircleWith(i0, i1);
-    if (i2 == NoIndex) {
-        throw std::runtime_error("not triangulation");
-    }
-    if (Orient(PointAt(i0), PointAt(i1), PointAt(i2))) {
-        return {.i0 = i0, .i1 = i2, .i2 = i1};
-    }
-    return {.i0 = i0, .i1 = i1, .i2 = i2};
-}
-
-// The order of the sweep: by distance from the centre, then x, then y. Distances that are not
-// finite equal each other.
-bool DelaunayMesh::ComesBefore(const RankedPoint& left, const RankedPoint& right) const {
-    const double difference = left.distance - right.distance;
-    if (difference != 0.0) {
-        return difference < 0.0;
-    }
-    const Point p = PointAt(left.index);
-    const Point q = PointAt(right.index);
-    return p.x != q.x ? p.x < q.x : p.y < q.y;
-}
-
-// All points with their distances, in index order. Returns the largest distance.
-double DelaunayMesh::RankPoints(std::span<RankedPoint> ranked) const {
-    double largest = 0.0;
-    for (PointIndex i = 0; i < ranked.size(); ++i) {
-        const double distance = SquaredDistance(PointAt(i), centre_);
-        ranked[i] = {.distance = distance, .index = i};
-        largest = std::max(largest, distance);
-    }
-    return largest;
-}
-
-// Points spread evenly over a disc have evenly spread squared distances. Where these cannot be
-// scaled to buckets (overflow, or all next to nothing) one bucket takes them all.
-void DelaunayMesh::SortFewPoints(std::span<const RankedPoint> ranked,
-                                 double largestDistance,
-                                 RankedPoint* sorted) const {
-    constexpr std::size_t kBuckets = 64;
-    const double scale = static_cast<double>(kBuckets) / largestDistance;
-    const bool isScalable = scale > 0.0 && scale <= kLargest;
-    const auto bucketOf = [scale, isScalable](const RankedPoint& point) -> std::size_t {
-        if (!isScalable) {
-            return 0;
-        }
-        const auto bucket = static_cast<std::size_t>(static_cast<int>(point.distance * scale));
-        return std::min(bucket, kBuckets - 1);
-    };
-    BucketSort<kBuckets>(
-        ranked, sorted, bucketOf, [this](const RankedPoint& left, const RankedPoint& right) {
-            return ComesBefore(left, right);
-        });
-}
-
 // The seed triangle as first hull and first triangle of the mesh.
-void DelaunayMesh::StartHull(const Seed& seed) {
+template <typename Indices>
+void BasicDelaunayMesh<Indices>::StartHull(const Seed& seed) {
     const std::uint64_t n = PointCount();
     const auto [i0, i1, i2] = seed;
     hashSize_ = static_cast<std::uint64_t>(std::ceil(std::sqrt(static_cast<double>(n))));
-    hullHash_.assign(hashSize_, NoIndex);
+    hullHash_.assign(hashSize_, kNone);
     hullPrev_.assign(n, 0);
     hullNext_.assign(n, 0);
     hullTriangle_.assign(n, 0);
     hullKeys_.Extend(n);
 
     hullStart_ = i0;
-    hullNext_[i0] = hullPrev_[i2] = i1;
-    hullNext_[i1] = hullPrev_[i0] = i2;
-    hullNext_[i2] = hullPrev_[i1] = i0;
+    hullNext_[i0] = hullPrev_[i2] = static_cast<Index>(i1);
+    hullNext_[i1] = hullPrev_[i0] = static_cast<Index>(i2);
+    hullNext_[i2] = hullPrev_[i1] = static_cast<Index>(i0);
     hullTriangle_[i0] = 0;
     hullTriangle_[i1] = 1;
     hullTriangle_[i2] = 2;
     for (const PointIndex i : {i0, i1, i2}) {
-        hullKeys_[i] = HullKey(PointAt(i));
-        hullHash_[hullKeys_[i]] = i;
+        hullHash_[HullKey(PointAt(i))] = static_cast<Index>(i);
     }
 
     vertices_.reserve(MaxHalfEdges(n));
     twins_.reserve(MaxHalfEdges(n));
-    AddTriangle(i0, i1, i2, NoIndex, NoIndex, NoIndex);
+    AddTriangle(i0, i1, i2, kNone, kNone, kNone);
 }
 
-// Both sweep all points in the order of ComesBefore, coincident points in index order.
-void DelaunayMesh::SweepFewPoints(const Seed& seed) {
-    std::array<RankedPoint, kInlinePoints>
-        ranked;  // NOLINT(cppcoreguidelines-pro-type-member-init)
-    std::array<RankedPoint, kInlinePoints>
-        sorted;  // NOLINT(cppcoreguidelines-pro-type-member-init)
-    const std::span<RankedPoint> points = std::span(ranked).first(PointCount());
-    const double largestDistance = RankPoints(points);
-    SortFewPoints(points, largestDistance, sorted.data());
-    Sweep(std::span(sorted).first(PointCount()), seed);
-}
-
-void DelaunayMesh::SweepManyPoints(const Seed& seed) {
+// Sweeps all points in SweepOrder, coincident points in index order.
+template <typename Indices>
+template <typename Circle>
+void BasicDelaunayMesh<Indices>::SweepPoints(const Seed& seed) {
+    if (PointCount() <= kInlinePoints) {
+        // NOLINTBEGIN(cppcoreguidelines-pro-type-member-init): filled as far as they are read
+        std::array<RankedPoint, kInlinePoints> ranked;
+        std::array<RankedPoint, kInlinePoints> sorted;
+        // NOLINTEND(cppcoreguidelines-pro-type-member-init)
+        const double largestDistance =
+            RankPoints(points_, centre_, hashSize_, ranked.data(), hullKeys_.begin());
+        SortFewPoints(
+            points_, std::span(ranked).first(PointCount()), largestDistance, sorted.data());
+        Sweep<Circle>(std::span(sorted).first(PointCount()), seed);
+        return;
+    }
     std::vector<RankedPoint> ranked(PointCount());
-    RankPoints(ranked);
-    std::stable_sort(
-        ranked.begin(), ranked.end(), [this](const RankedPoint& left, const RankedPoint& right) {
-            return ComesBefore(left, right);
-        });
-    Sweep(ranked, seed);
+    RankPoints(points_, centre_, hashSize_, ranked.data(), hullKeys_.begin());
+    std::stable_sort(ranked.begin(), ranked.end(), SweepOrder(points_));
+    Sweep<Circle>(ranked, seed);
 }
 
-void DelaunayMesh::Sweep(std::span<const RankedPoint> order, const Seed& seed) {
-    constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-    Point previous{.x = kNone, .y = kNone};  // coincides with nothing
+template <typename Indices>
+template <typename Circle>
+void BasicDelaunayMesh<Indices>::Sweep(std::span<const RankedPoint> order, const Seed& seed) {
+    using PointSpot = Spot<Circle>;
+    const PointSpot seeds[] = {
+        PointSpot(LanesOf(seed.i0)), PointSpot(LanesOf(seed.i1)), PointSpot(LanesOf(seed.i2))};
+    PointSpot previous;
     for (const RankedPoint& ranked : order) {
         const PointIndex i = ranked.index;
-        const Point p = PointAt(i);
-        if (Coincide(p, previous)) {
+        const PointSpot spot(LanesOf(i));
+        if (spot.Coincides(previous)) {
             continue;
         }
-        previous = p;
-        if (!Coincide(p, PointAt(seed.i0)) && !Coincide(p, PointAt(seed.i1)) &&
-            !Coincide(p, PointAt(seed.i2))) {
-            JoinPoint(i);
+        previous = spot;
+        if (!spot.Coincides(seeds[0]) && !spot.Coincides(seeds[1]) && !spot.Coincides(seeds[2])) {
+            JoinPoint<Circle>(i);
         }
     }
 }
 
 // Joins a point to every hull edge that it sees. A point that sees none (it lies on the hull or, by
 // rounding, inside) is left out.
-inline void DelaunayMesh::JoinPoint(PointIndex i) {
-    const Point p = PointAt(i);
-    hullKeys_[i] = HullKey(p);
+template <typename Indices>
+template <typename Circle>
+inline void BasicDelaunayMesh<Indices>::JoinPoint(PointIndex i) {
     const PointIndex start = hullPrev_[FindLiveHullPoint(hullKeys_[i])];
-    const PointIndex visible = FindVisibleEdge(p, start);
+    const PointIndex visible = FindVisibleEdge(LanesOf(i), start);
     if (visible == NoIndex) {
         return;
     }
     const PointIndex first = hullNext_[visible];
-    const HalfEdge t = JoinTriangle(visible, i, first, NoIndex, NoIndex, hullTriangle_[visible]);
-    hullTriangle_[i] = Legalize(t + 2);
-    hullTriangle_[visible] = t;
+    const HalfEdge t = JoinTriangle(visible, i, first, kNone, kNone, hullTriangle_[visible]);
+    hullTriangle_[i] = static_cast<Index>(Legalize<Circle>(t + 2));
+    hullTriangle_[visible] = static_cast<Index>(t);
 
-    const PointIndex next = WalkForward(i, first);
+    const PointIndex next = WalkForward<Circle>(i, first);
     // Edges before the one found were passed by the search unless it started there.
-    const PointIndex e = visible == start ? WalkBackward(i, visible) : visible;
+    const PointIndex e = visible == start ? WalkBackward<Circle>(i, visible) : visible;
     SpliceIntoHull(i, e, next);
 }
 
 // A hull point near the direction of a bucket, to start the search for visible edges from.
-inline PointIndex DelaunayMesh::FindLiveHullPoint(std::uint64_t key) const {
+template <typename Indices>
+inline PointIndex BasicDelaunayMesh<Indices>::FindLiveHullPoint(std::uint64_t key) const {
     std::uint64_t bucket = key;
     do {
         const PointIndex s = hullHash_[bucket];
-        if (s != NoIndex && hullNext_[s] != s) {
+        if (s != kNone && hullNext_[s] != s) {
             return s;
         }
         bucket = bucket + 1 == hashSize_ ? 0 : bucket + 1;
@@ -331,27 +276,34 @@ inline PointIndex DelaunayMesh::FindLiveHullPoint(std::uint64_t key) const {
 }
 
 // Start point of the first hull edge from `start` on that p sees, or NoIndex.
-inline PointIndex DelaunayMesh::FindVisibleEdge(const Point& p, PointIndex start) const {
+template <typename Indices>
+inline PointIndex BasicDelaunayMesh<Indices>::FindVisibleEdge(PointLanes p,
+                                                              PointIndex start) const {
     PointIndex e = start;
+    PointLanes from = LanesOf(e);
     do {
         const PointIndex q = hullNext_[e];
-        if (Orient(p, PointAt(e), PointAt(q))) {
+        const PointLanes to = LanesOf(q);
+        if (Orient(p, from, to)) {
             return e;
         }
         e = q;
+        from = to;
     } while (e != start);
     return NoIndex;
 }
 
 // Joins point i to the visible hull edges from `next` on; returns the first point that stays on the
 // hull.
-inline PointIndex DelaunayMesh::WalkForward(PointIndex i, PointIndex next) {
-    const Point p = PointAt(i);
+template <typename Indices>
+template <typename Circle>
+inline PointIndex BasicDelaunayMesh<Indices>::WalkForward(PointIndex i, PointIndex next) {
+    const PointLanes p = LanesOf(i);
     PointIndex q = hullNext_[next];
-    while (Orient(p, PointAt(next), PointAt(q))) {
-        const HalfEdge t = JoinTriangle(next, i, q, hullTriangle_[i], NoIndex, hullTriangle_[next]);
-        hullTriangle_[i] = Legalize(t + 2);
-        hullNext_[next] = next;
+    while (Orient(p, LanesOf(next), LanesOf(q))) {
+        const HalfEdge t = JoinTriangle(next, i, q, hullTriangle_[i], kNone, hullTriangle_[next]);
+        hullTriangle_[i] = static_cast<Index>(Legalize<Circle>(t + 2));
+        hullNext_[next] = static_cast<Index>(next);
         next = q;
         q = hullNext_[next];
     }
@@ -361,28 +313,33 @@ inline PointIndex DelaunayMesh::WalkForward(PointIndex i, PointIndex next) {
 // Joins point i to the visible hull edges that end at `e`; returns the last point that stays on the
 // hull. Never goes past a point that has left it, as it could where rounding shows point i the
 // whole ring.
-inline PointIndex DelaunayMesh::WalkBackward(PointIndex i, PointIndex e) {
-    const Point p = PointAt(i);
+template <typename Indices>
+template <typename Circle>
+inline PointIndex BasicDelaunayMesh<Indices>::WalkBackward(PointIndex i, PointIndex e) {
+    const PointLanes p = LanesOf(i);
     PointIndex q = hullPrev_[e];
-    while (hullNext_[q] != q && Orient(p, PointAt(q), PointAt(e))) {
-        const HalfEdge t = JoinTriangle(q, i, e, NoIndex, hullTriangle_[e], hullTriangle_[q]);
-        Legalize(t + 2);
-        hullTriangle_[q] = t;
-        hullNext_[e] = e;
+    while (hullNext_[q] != q && Orient(p, LanesOf(q), LanesOf(e))) {
+        const HalfEdge t = JoinTriangle(q, i, e, kNone, hullTriangle_[e], hullTriangle_[q]);
+        Legalize<Circle>(t + 2);
+        hullTriangle_[q] = static_cast<Index>(t);
+        hullNext_[e] = static_cast<Index>(e);
         e = q;
         q = hullPrev_[e];
     }
     return e;
 }
 
-inline void DelaunayMesh::SpliceIntoHull(PointIndex i, PointIndex e, PointIndex next) {
-    hullPrev_[i] = e;
+template <typename Indices>
+inline void BasicDelaunayMesh<Indices>::SpliceIntoHull(PointIndex i,
+                                                       PointIndex e,
+                                                       PointIndex next) {
+    hullPrev_[i] = static_cast<Index>(e);
     hullStart_ = e;
-    hullPrev_[next] = i;
-    hullNext_[e] = i;
-    hullNext_[i] = next;
-    hullHash_[hullKeys_[i]] = i;
-    hullHash_[hullKeys_[e]] = e;
+    hullPrev_[next] = static_cast<Index>(i);
+    hullNext_[e] = static_cast<Index>(i);
+    hullNext_[i] = static_cast<Index>(next);
+    hullHash_[hullKeys_[i]] = static_cast<Index>(i);
+    hullHash_[hullKeys_[e]] = static_cast<Index>(e);
 }
 
 // Flips the edge of half-edge a, and then the edges that this exposes, until the triangles around
@@ -392,12 +349,14 @@ inline void DelaunayMesh::SpliceIntoHull(PointIndex i, PointIndex e, PointIndex 
 // Every flip of a sound mesh turns one more triangle towards that point, so there are fewer flips
 // than triangles. Where twins disagree (see MoveHullEntry) nothing bounds them: after far more
 // flips than that, the remaining edges stay as they are.
-HalfEdge DelaunayMesh::Legalize(HalfEdge a) {
+template <typename Indices>
+template <typename Circle>
+HalfEdge BasicDelaunayMesh<Indices>::Legalize(HalfEdge a) {
     std::uint64_t flipsLeft = kMaxFlipsPerHalfEdge * vertices_.size();
     flipStack_.clear();
     while (true) {
-        const HalfEdge ar = PrevHalfEdge(a);
-        FlipWhileIllegal(a, ar, flipsLeft);
+        const HalfEdge ar = PrevIn<Index>(a);
+        FlipWhileIllegal<Circle>(a, ar, flipsLeft);
         if (flipStack_.empty()) {
             return ar;
         }
@@ -407,24 +366,26 @@ HalfEdge DelaunayMesh::Legalize(HalfEdge a) {
 
 // Flips the edge of half-edge a until the point opposite its twin lies outside the circle of a's
 // triangle, and leaves the edges that this exposes on the stack.
-inline void DelaunayMesh::FlipWhileIllegal(HalfEdge a, HalfEdge ar, std::uint64_t& flipsLeft) {
+template <typename Indices>
+template <typename Circle>
+inline void BasicDelaunayMesh<Indices>::FlipWhileIllegal(HalfEdge a,
+                                                         HalfEdge ar,
+                                                         std::uint64_t& flipsLeft) {
     HalfEdge b = twins_[a];
-    if (b == NoIndex) {
+    if (b == kNone) {
         return;
     }
-    const PointLanes p0 = LanesOf(vertices_[ar]);
-    const PointLanes pl = LanesOf(vertices_[PrevHalfEdge(ar)]);
-    PointLanes pr = LanesOf(vertices_[a]);
-    while (b != NoIndex && flipsLeft > 0) {
-        const HalfEdge bl = PrevHalfEdge(b);
-        const PointLanes p1 = LanesOf(vertices_[bl]);
-        if (!InCircle(p0, pr, pl, p1)) {
+    Circle circle(
+        LanesOf(vertices_[ar]), LanesOf(vertices_[a]), LanesOf(vertices_[PrevIn<Index>(ar)]));
+    while (b != kNone && flipsLeft > 0) {
+        const HalfEdge bl = PrevIn<Index>(b);
+        if (!circle.Holds(LanesOf(vertices_[bl]))) {
             return;
         }
         Flip(a, ar, b, bl);
         --flipsLeft;
-        flipStack_.push_back(PrevHalfEdge(bl));
-        pr = p1;  // a borders another triangle now
+        flipStack_.push_back(static_cast<Index>(PrevIn<Index>(bl)));
+        circle.MoveOn();  // a borders another triangle now
         b = twins_[a];
     }
 }
@@ -439,17 +400,18 @@ inline void DelaunayMesh::FlipWhileIllegal(HalfEdge a, HalfEdge ar, std::uint64_
 //       ar \ || / br              b \    / br
 //           \||/                     \  /
 //            pr                       pr
-inline void DelaunayMesh::Flip(HalfEdge a, HalfEdge ar, HalfEdge b, HalfEdge bl) {
+template <typename Indices>
+inline void BasicDelaunayMesh<Indices>::Flip(HalfEdge a, HalfEdge ar, HalfEdge b, HalfEdge bl) {
     vertices_[a] = vertices_[bl];
     vertices_[b] = vertices_[ar];
     const HalfEdge outer = twins_[bl];
-    if (outer == NoIndex) {
+    if (outer == kNone) {
         MoveHullEntry(bl, a);
     }
-    HalfEdge* const twins = twins_.begin();
-    PairTwins(twins, a, outer);
-    PairTwins(twins, b, twins[ar]);
-    PairTwins(twins, ar, bl);
+    PairTwins(a, outer);
+    PairTwins(b, twins_[ar]);
+    twins_[ar] = static_cast<Index>(bl);
+    twins_[bl] = static_cast<Index>(ar);
 }
 
 // Gives the hull edge of half-edge `from` to half-edge `to`, which took its place in a flip.
@@ -457,7 +419,8 @@ inline void DelaunayMesh::Flip(HalfEdge a, HalfEdge ar, HalfEdge b, HalfEdge bl)
 // Deliberate: while a point is being joined the ring is broken at the points that have just left
 // the hull. The walk ends at such a point, and the entry, if it lies beyond, stays as it was; twins
 // and hull entries may then disagree in the finished mesh, its triangles do not change.
-void DelaunayMesh::MoveHullEntry(HalfEdge from, HalfEdge to) {
+template <typename Indices>
+void BasicDelaunayMesh<Indices>::MoveHullEntry(HalfEdge from, HalfEdge to) {
     PointIndex e = hullStart_;
     while (hullTriangle_[e] != from) {
         const PointIndex next = hullNext_[e];
@@ -466,7 +429,14 @@ void DelaunayMesh::MoveHullEntry(HalfEdge from, HalfEdge to) {
         }
         e = next;
     }
-    hullTriangle_[e] = to;
+    hullTriangle_[e] = static_cast<Index>(to);
 }
+
+template class BasicDelaunayMesh<WideIndices>;
+template class BasicDelaunayMesh<NarrowIndices>;
+
+// For tests, which call it by itself.
+template HalfEdge BasicDelaunayMesh<WideIndices>::Legalize<PlainCircle>(HalfEdge);
+template HalfEdge BasicDelaunayMesh<WideIndices>::Legalize<ExactCircle>(HalfEdge);
 
 }  // namespace orl::matcher

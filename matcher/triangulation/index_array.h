@@ -1,6 +1,6 @@
 #pragma once
 
-// A growing sequence of 64-bit indices that keeps up to kInlineCapacity of them inside the object
+// A growing sequence of indices that keeps up to kInlineCapacity of them inside the object
 // and takes heap memory only for more: a mesh of a finger's points needs none. Pointers and
 // iterators stay valid until the array grows beyond its capacity.
 
@@ -14,10 +14,10 @@
 
 namespace orl::matcher {
 
-template <std::size_t kInlineCapacity>
+template <std::size_t kInlineCapacity, typename Index = std::uint64_t>
 class IndexArray {
   public:
-    using value_type = std::uint64_t;
+    using value_type = Index;
     using iterator = value_type*;
     using const_iterator = const value_type*;
 
@@ -82,7 +82,7 @@ class IndexArray {
     void clear() { end_ = begin_; }
 
   private:
-    void Grow(std::size_t capacity) {
+    [[gnu::noinline, gnu::cold]] void Grow(std::size_t capacity) {
         auto room = std::make_unique<value_type[]>(capacity);
         end_ = std::copy(begin_, end_, room.get());
         heap_ = std::move(room);

@@ -73,6 +73,76 @@ inline bool InCircle(PointLanes a, PointLanes b, PointLanes c, PointLanes p) {
     return inner[0] - inner[1] + ap[0] * (cross[0] - cross[1]) < 0.0;
 }
 
+// Orient for pairs of lanes: a difference of doubles lies below zero exactly when its first operand
+// lies below the second, so the two products need only be compared.
+inline bool Orient(PointLanes p, PointLanes q, PointLanes r) {
+    const PointLanes products = (q - p) * Swapped(r - q);
+    return products[1] < products[0];
+}
+
+// Coordinates for which ExactCircle answers as InCircle does: whole numbers that lie at most this
+// far apart in each direction.
+inline constexpr double kExactSpan = 4096.0;
+
+// InCircle(a, b, c, p) for one point `a` and circles that pass from one triangle to the next, for
+// coordinates within kExactSpan of each other.
+//
+// With rows (x, y, x^2 + y^2) relative to a, InCircle's value is minus the determinant of the rows
+// of b, c and p, since both are the determinant of the four points' rows (x, y, x^2 + y^2, 1) up to
+// that sign. Its value is exact when each intermediate is a whole number below 2^53: with
+// differences of at most 2^12 the squares sum to at most 2^25, the terms of the second order to at
+// most 2^38, and every product and sum here stays below 2^52; the same bounds hold in InCircle. So
+// both have the sign of the same whole number.
+class ExactCircle {
+  public:
+    ExactCircle(PointLanes a, PointLanes b, PointLanes c)
+        : a_(a), b_(b - a), c_(c - a), bSquare_(SquareOf(b_)), cSquare_(SquareOf(c_)) {}
+
+    bool Holds(PointLanes p) {
+        p_ = p - a_;
+        pSquare_ = SquareOf(p_);
+        const PointLanes crossed = b_ * cSquare_ - bSquare_ * c_;
+        const PointLanes terms = p_ * Swapped(crossed) + pSquare_ * (b_ * Swapped(c_));
+        return terms[0] > terms[1];
+    }
+
+    // The point asked for last takes the place of b.
+    void MoveOn() {
+        b_ = p_;
+        bSquare_ = pSquare_;
+    }
+
+  private:
+    static PointLanes SquareOf(PointLanes d) { return d * d + Swapped(d * d); }  // in both lanes
+
+    PointLanes a_;
+    PointLanes b_;
+    PointLanes c_;
+    PointLanes bSquare_;
+    PointLanes cSquare_;
+    PointLanes p_ = {};
+    PointLanes pSquare_ = {};
+};
+
+// The same with InCircle itself, for any coordinates.
+class PlainCircle {
+  public:
+    PlainCircle(PointLanes a, PointLanes b, PointLanes c) : a_(a), b_(b), c_(c) {}
+
+    bool Holds(PointLanes p) {
+        p_ = p;
+        return InCircle(a_, b_, c_, p);
+    }
+
+    void MoveOn() { b_ = p_; }
+
+  private:
+    PointLanes a_;
+    PointLanes b_;
+    PointLanes c_;
+    PointLanes p_ = {};
+};
+
 // The circle through three points, relative to the first of them: with D = b - a and E = c - a,
 // d = D x E, the centre lies at a + (X, Y) / 2d.
 struct CircumcircleTerms {

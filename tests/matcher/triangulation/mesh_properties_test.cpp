@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <random>
@@ -106,6 +108,67 @@ TEST_P(MeshOfEveryFamily, IsThatOfThePlainSweepEntryByEntry) {
             ASSERT_THAT(mesh->hullNext(), testing::ElementsAreArray(plain->hullNext))
                 << Describe(points);
             ASSERT_EQ(mesh->hullStart(), plain->hullStart) << Describe(points);
+        }
+    }
+}
+
+// The entries of a narrow array as a wide one has them.
+template <typename Array>
+std::vector<std::uint64_t> Widened(const Array& array) {
+    std::vector<std::uint64_t> wide;
+    for (const std::uint64_t entry : array) {
+        wide.push_back(entry == SmallDelaunayMesh::kNone ? NoIndex : entry);
+    }
+    return wide;
+}
+
+TEST_P(MeshOfEveryFamily, IsTheSameInNarrowIndices) {
+    std::mt19937 random(kSeed + 4);
+    int compared = 0;
+    for (int i = 0; i < GetParam().sets; ++i) {
+        const Points points = GetParam().draw(random);
+        const auto plain = test::SweepPlainly(points);
+        if (!plain || points.size() / 2 > SmallDelaunayMesh::kInlinePoints) {
+            continue;
+        }
+        ++compared;
+        const SmallDelaunayMesh mesh(points);
+        ASSERT_EQ(Widened(mesh.vertices()), plain->vertices) << Describe(points);
+        ASSERT_EQ(Widened(mesh.twins()), plain->twins) << Describe(points);
+        ASSERT_EQ(Widened(mesh.hullNext()), plain->hullNext) << Describe(points);
+        ASSERT_EQ(mesh.hullStart(), plain->hullStart) << Describe(points);
+    }
+    RecordProperty("compared", compared);
+}
+
+// Sets that leave the range in which circles are tested the short way, and sets just within it.
+TEST(MeshOfPointsAnywhere, IsThatOfThePlainSweepEntryByEntry) {
+    std::mt19937 random(kSeed + 5);
+    for (int round = 0; round < 4000; ++round) {
+        const double spans[] = {6, 40, 400, 4097, 4098, 16384, 1e6};
+        const double span = spans[random() % std::size(spans)];
+        const double offsets[] = {0, -2000, -1e5, -3e6, 3e6, 1e9};
+        const double offset = offsets[random() % std::size(offsets)];
+        const double steps[] = {1, 1, 0.5, 0.001, 1e-17};
+        const double step = steps[random() % std::size(steps)];
+        Points points;
+        const std::size_t n = 3 + random() % 60;
+        while (points.size() < 2 * n) {
+            points.push_back(
+                offset + std::floor(static_cast<double>(random()) / 4294967296.0 * span) * step);
+            if (points.size() % 2 == 0 && random() % 8 == 0) {  // a copy of an earlier point
+                const std::size_t k = 2 * (random() % (points.size() / 2));
+                points[points.size() - 2] = points[k];
+                points[points.size() - 1] = points[k + 1];
+            }
+        }
+        const auto mesh = MeshOf(points);
+        const auto plain = test::SweepPlainly(points);
+        ASSERT_EQ(mesh != nullptr, plain.has_value()) << Describe(points);
+        if (mesh) {
+            ASSERT_THAT(mesh->vertices(), testing::ElementsAreArray(plain->vertices))
+                << Describe(points);
+            ASSERT_THAT(mesh->twins(), testing::ElementsAreArray(plain->twins)) << Describe(points);
         }
     }
 }

@@ -27,7 +27,9 @@ class DelaunayMeshTestPeer {
         return mesh.AddTriangle(i0, i1, i2, a, b, c);
     }
     static void Link(DelaunayMesh& mesh, HalfEdge a, HalfEdge b) { mesh.Link(a, b); }
-    static HalfEdge Legalize(DelaunayMesh& mesh, HalfEdge a) { return mesh.Legalize(a); }
+    static HalfEdge Legalize(DelaunayMesh& mesh, HalfEdge a) {
+        return mesh.Legalize<PlainCircle>(a);
+    }
 
     // The bucket of a point among `buckets` around a centre.
     static std::uint64_t HullKey(const Point& centre, std::uint64_t buckets, const Point& p) {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <random>
 #include <vector>
@@ -180,6 +181,53 @@ TEST(InCircleByLanes, AnswersAsThePlainFormulaWhereNumbersOverflow) {
         const Point c = extreme();
         const Point p = extreme();
         ASSERT_EQ(InCircleByLanes(a, b, c, p), InCircle(a, b, c, p)) << "round " << round;
+    }
+}
+
+PointLanes LanesOf(const Point& p) {
+    return PointLanes{p.x, p.y};
+}
+
+TEST(OrientOfLanes, IsOrientForAnyCoordinates) {
+    std::mt19937 random(17);
+    const double special[] = {0.0, -0.0, 1.0, 5e-324, -5e-324, 1e-308, 1e308, -1e308, 3.5};
+    for (int round = 0; round < 200000; ++round) {
+        const auto coordinate = [&random, &special] {
+            const auto choice = random() % 3;
+            return choice == 0   ? special[random() % std::size(special)]
+                   : choice == 1 ? static_cast<double>(random() % 20) - 10.0
+                                 : static_cast<double>(random()) * 1e-3;
+        };
+        const Point p{coordinate(), coordinate()};
+        const Point q{coordinate(), coordinate()};
+        const Point r{coordinate(), coordinate()};
+        ASSERT_EQ(Orient(LanesOf(p), LanesOf(q), LanesOf(r)), Orient(p, q, r)) << "round " << round;
+    }
+}
+
+// Spreads up to the limit, small grids with many points on one circle, and the limit's corners.
+TEST(ExactCircle, AnswersAsInCircleForWholeNumbersWithinItsSpan) {
+    std::mt19937 random(19);
+    for (int round = 0; round < 300000; ++round) {
+        const unsigned spans[] = {3, 12, 400, 4097};
+        const unsigned span = spans[random() % std::size(spans)];
+        const double offset = static_cast<double>(random() % 2000000) - 1e6;
+        const auto coordinate = [&random, span, offset] {
+            const unsigned value =
+                random() % 4 == 0 ? (random() % 2) * (span - 1) : random() % span;
+            return offset + static_cast<double>(value);
+        };
+        const Point a{coordinate(), coordinate()};
+        const Point b{coordinate(), coordinate()};
+        const Point c{coordinate(), coordinate()};
+        ExactCircle circle(LanesOf(a), LanesOf(b), LanesOf(c));
+        Point second = b;
+        for (int step = 0; step < 3; ++step) {
+            const Point p{coordinate(), coordinate()};
+            ASSERT_EQ(circle.Holds(LanesOf(p)), InCircle(a, second, c, p)) << "round " << round;
+            circle.MoveOn();
+            second = p;
+        }
     }
 }
 
