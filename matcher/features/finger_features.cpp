@@ -41,15 +41,6 @@ TriangleVertex VertexOf(const Minutia& minutia, float scale) {
             .type = static_cast<std::uint8_t>(minutia.type)};
 }
 
-DelaunayMesh Triangulate(std::span<const Minutia> minutiae, std::span<double> coordinates) {
-    std::size_t used = 0;
-    for (const Minutia& minutia : minutiae) {
-        coordinates[used++] = minutia.x;
-        coordinates[used++] = minutia.y;
-    }
-    return DelaunayMesh(coordinates.first(used));
-}
-
 // A triangle of the mesh on its way into the sorted list. The place in which it was made is the
 // lowest byte of the number that it is sorted by: triangles of equal key keep that order.
 struct SortItem {
@@ -60,22 +51,22 @@ struct SortItem {
 constexpr std::uint32_t kPlaceBits = 8;
 static_assert(kMaxTriangles <= 1U << kPlaceBits);
 
+// The corners of the mesh's triangles, three for each.
+using TriangleCorners = std::span<const SmallDelaunayMesh::Index>;
+
 // The items of all triangles, from the last one to the first, in the order of the finger's list.
-void SortTriangles(const TriangleMaker& maker,
-                   std::span<const PointIndex> points,
-                   const Corner* corners,
-                   SortItem* sorted) {
-    constexpr std::size_t kBuckets = 128;
-    constexpr std::uint32_t kBucketShift = 32 - 7;
+void SortTriangles(TriangleCorners points, const Corner* corners, SortItem* sorted) {
+    constexpr std::size_t kBuckets = 256;
+    constexpr std::uint32_t kBucketShift = 32 - 8;
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): filled as far as it is read
     std::array<SortItem, kMaxTriangles> items;
     const std::size_t count = points.size() / kHalfEdgesPerTriangle;
     assert(count <= kMaxTriangles);
-    const PointIndex* triangle = points.data() + kHalfEdgesPerTriangle * count;
+    const SmallDelaunayMesh::Index* triangle = points.data() + kHalfEdgesPerTriangle * count;
     for (std::uint32_t place = 0; place < count; ++place) {
         triangle -= kHalfEdgesPerTriangle;
-        const std::uint32_t sideWord =
-            maker.SideWord(corners[triangle[0]], corners[triangle[1]], corners[triangle[2]]);
+        const std::uint32_t sideWord = TriangleMaker::SideWord(
+            corners[triangle[0]], corners[triangle[1]], corners[triangle[2]]);
         items[place] = {.keyAndPlace = TriangleKey(sideWord) << kPlaceBits | place,
                         .sideWord = sideWord};
     }
@@ -88,6 +79,25 @@ void SortTriangles(const TriangleMaker& maker,
         });
 }
 
+// The features of the sorted items.
+void WriteTriangles(TriangleCorners points,
+                    const Corner* corners,
+                    const SortItem* items,
+                    std::span<TriangleFeature> triangles) {
+    constexpr std::size_t kPlaceMask = (1U << kPlaceBits) - 1;
+    const TriangleMaker maker;
+    for (TriangleFeature& feature : triangles) {
+        const std::size_t triangle = triangles.size() - 1 - (items->keyAndPlace & kPlaceMask);
+        const SmallDelaunayMesh::Index* const own = &points[kHalfEdgesPerTriangle * triangle];
+        const VertexOrder& order = maker.OrderOf(corners[own[0]], corners[own[1]], corners[own[2]]);
+        for (std::size_t i = 0; i < order.size(); ++i) {
+            feature.vertices[i] = corners[own[order[i]]].vertex;
+        }
+        StoreLittleEndian(items->sideWord, feature.sides);
+        ++items;
+    }
+}
+
 // One feature per triangle, made from the last triangle to the first and sorted; features of equal
 // key stay in the order in which they were made.
 std::vector<TriangleFeature> MakeTriangles(std::span<const Minutia> minutiae,
@@ -97,24 +107,18 @@ std::vector<TriangleFeature> MakeTriangles(std::span<const Minutia> minutiae,
     std::array<Corner, kMaxMinutiae> corners;
     std::array<SortItem, kMaxTriangles> items;
     // NOLINTEND(cppcoreguidelines-pro-type-member-init)
-    const DelaunayMesh mesh = Triangulate(minutiae, coordinates);
     const float scale =
         kGridUnits / static_cast<float>(std::max(imageSize.width, imageSize.height));
     for (std::size_t i = 0; i < minutiae.size(); ++i) {
+        coordinates[2 * i] = minutiae[i].x;
+        coordinates[2 * i + 1] = minutiae[i].y;
         corners[i] = TriangleMaker::CornerOf(VertexOf(minutiae[i], scale));
     }
-
-    const TriangleMaker maker;
-    const std::span<const PointIndex> points(mesh.vertices().data(), mesh.vertices().size());
-    SortTriangles(maker, points, corners.data(), items.data());
+    const SmallDelaunayMesh mesh(std::span<const double>(coordinates).first(2 * minutiae.size()));
+    const TriangleCorners points(mesh.vertices().data(), mesh.vertices().size());
+    SortTriangles(points, corners.data(), items.data());
     std::vector<TriangleFeature> triangles(points.size() / kHalfEdgesPerTriangle);
-    for (std::size_t i = 0; i < triangles.size(); ++i) {
-        const std::size_t place = items[i].keyAndPlace & ((1U << kPlaceBits) - 1);
-        const PointIndex* const triangle =
-            &points[kHalfEdgesPerTriangle * (triangles.size() - 1 - place)];
-        triangles[i] = maker.Make(
-            corners[triangle[0]], corners[triangle[1]], corners[triangle[2]], items[i].sideWord);
-    }
+    WriteTriangles(points, corners.data(), items.data(), triangles);
     return triangles;
 }
 

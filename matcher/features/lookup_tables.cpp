@@ -44,7 +44,8 @@ BearingTable::BearingTable() {  // NOLINT(cppcoreguidelines-pro-type-member-init
     for (int dy = -kReach; dy <= kReach; ++dy) {
         for (int dx = -kReach; dx <= kReach; ++dx) {
             const float radians = std::atan2(static_cast<float>(dy), static_cast<float>(dx));
-            entries_[next++] = static_cast<std::int16_t>(std::lround(radians * kStepsPerRadian));
+            const long bearing = std::lround(radians * kStepsPerRadian);
+            entries_[next++] = static_cast<std::uint8_t>(bearing + kRankOfZero);
         }
     }
 }

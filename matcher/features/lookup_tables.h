@@ -29,17 +29,23 @@ class BearingTable {
 
     // Bearing of the vector from one place to another.
     std::int16_t FromTo(int from, int to) const {
+        return static_cast<std::int16_t>(RankFromTo(from, to) - kRankOfZero);
+    }
+
+    // A number from 0 to 255 that rises with that bearing.
+    int RankFromTo(int from, int to) const {
         return entries_[static_cast<std::size_t>(to - from + Place(kReach, kReach))];
     }
 
   private:
     static constexpr int kReach = 255;
     static constexpr int kSpan = 2 * kReach + 1;
+    static constexpr int kRankOfZero = 127;  // of the bearing 0; the least is -127
 
     BearingTable();
 
-    std::array<std::int16_t, static_cast<std::size_t>(kSpan) * kSpan>
-        entries_;  // rows dy, from -255
+    // Ranks in rows dy, from -255.
+    std::array<std::uint8_t, static_cast<std::size_t>(kSpan) * kSpan> entries_;
 };
 
 class DistanceTable {

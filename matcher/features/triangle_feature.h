@@ -5,10 +5,12 @@
 // build on first use; safe from any thread.
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "matcher/features/finger_model.h"
 #include "matcher/features/lookup_tables.h"
+#include "matcher/features/side_word_sse2.h"
 
 namespace orl::matcher {
 
@@ -38,41 +40,86 @@ TriangleFeature MakeTriangleFeature(const TriangleVertex& a,
                                     const TriangleVertex& b,
                                     const TriangleVertex& c);
 
-// The same for many triangles over the same vertices: reaches the lookup tables once and takes what
+// The same for many triangles over the same vertices: reaches the lookup table once and takes what
 // a vertex adds to several triangles from its corner. Never throws; a maker may serve any threads.
 class TriangleMaker {
   public:
     // A vertex as the maker wants it.
-    struct Corner {
+    struct alignas(16) Corner {
         TriangleVertex vertex;
-        int x;
-        int y;
-        int place;  // see BearingTable
+        std::uint32_t xAndY;  // x in the lower half, y in the upper one
+        int place;            // see BearingTable
     };
 
-    static Corner CornerOf(const TriangleVertex& vertex);
+    static Corner CornerOf(const TriangleVertex& vertex) {
+        return {.vertex = vertex,
+                .xAndY = std::uint32_t{vertex.x} | std::uint32_t{vertex.y} << kHalfBits,
+                .place = BearingTable::Place(vertex.y, vertex.x)};
+    }
 
     // The side length word of a triangle, whatever the order of its corners.
-    std::uint32_t SideWord(const Corner& a, const Corner& b, const Corner& c) const;
+    static std::uint32_t SideWord(const Corner& a, const Corner& b, const Corner& c);
 
-    // The whole feature, given its side length word.
-    TriangleFeature Make(const Corner& a,
-                         const Corner& b,
-                         const Corner& c,
-                         std::uint32_t sideWord) const;
+    // The order of the corners' bearings, as BearingOrder tells it.
+    const VertexOrder& OrderOf(const Corner& a, const Corner& b, const Corner& c) const;
 
   private:
+    static constexpr unsigned kHalfBits = 16;
+
     const BearingTable& bearings_ = BearingTable::Table();
-    const DistanceTable& distances_ = DistanceTable::Table();
 };
+
+// The order that three compare-exchange steps give: positions 0 and 2, 0 and 1, 1 and 2.
+inline const VertexOrder& OrderOfBearings(int first, int second, int third) {
+    // Which vertices come first, second and third, by the exchanges made: bit 0 for positions 0 and
+    // 2, bit 1 for 0 and 1, bit 2 for 1 and 2.
+    static constexpr std::array<VertexOrder, 8> kOrders = {
+        {{0, 1, 2}, {2, 1, 0}, {1, 0, 2}, {1, 2, 0}, {0, 2, 1}, {2, 0, 1}, {1, 2, 0}, {1, 0, 2}}};
+    // After the first step the third holds the greater of two, which the second passes only by
+    // itself.
+    const int smaller = first < third ? first : third;
+    const int greater = first < third ? third : first;
+    return kOrders[std::size_t{first > third} | std::size_t{smaller > second} << 1U |
+                   std::size_t{second > greater} << 2U];
+}
+
+inline std::uint32_t TriangleMaker::SideWord(const Corner& a, const Corner& b, const Corner& c) {
+#if defined(__SSE2__)
+    return SideWordOfLanes(a.xAndY, b.xAndY, c.xAndY);
+#else
+    return SideLengthWord(
+        Distance(a.vertex, b.vertex), Distance(b.vertex, c.vertex), Distance(c.vertex, a.vertex));
+#endif
+}
+
+// Both coordinates of the weighted centre at once: their sums have 9 bits, so that after a halving
+// the lowest bit of the upper one is all that has to be cleared of the lower one.
+inline const VertexOrder& TriangleMaker::OrderOf(const Corner& a,
+                                                 const Corner& b,
+                                                 const Corner& c) const {
+    constexpr std::uint32_t kBytes = 0x00FF00FF;
+    const std::uint32_t half = (a.xAndY + b.xAndY) >> 1U & kBytes;
+    const std::uint32_t centre = (half + c.xAndY) >> 1U & kBytes;
+    const int place = BearingTable::Place(static_cast<int>(centre >> kHalfBits),
+                                          static_cast<int>(centre & 0xFFU));
+    return OrderOfBearings(bearings_.RankFromTo(place, a.place),
+                           bearings_.RankFromTo(place, b.place),
+                           bearings_.RankFromTo(place, c.place));
+}
+
+// A side length word as the bytes of a feature.
+inline void StoreLittleEndian(std::uint32_t word, std::uint8_t (&bytes)[4]) {
+    bytes[0] = static_cast<std::uint8_t>(word);
+    bytes[1] = static_cast<std::uint8_t>(word >> 8U);
+    bytes[2] = static_cast<std::uint8_t>(word >> 16U);
+    bytes[3] = static_cast<std::uint8_t>(word >> 24U);
+}
 
 // The key of a finger's triangle list as one number, from a side length word: its three lowest
 // bytes, the first being the most significant, each rising as a signed byte does.
 constexpr std::uint32_t TriangleKey(std::uint32_t sideWord) {
     constexpr std::uint32_t kSigns = 0x808080;
-    const std::uint32_t reversed =
-        (sideWord & 0xFFU) << 16U | (sideWord & 0xFF00U) | (sideWord >> 16U & 0xFFU);
-    return reversed ^ kSigns;
+    return __builtin_bswap32(sideWord) >> 8U ^ kSigns;
 }
 
 // The order of a finger's triangle list: bytes 12, 13, 14 as signed bytes, lexicographically.

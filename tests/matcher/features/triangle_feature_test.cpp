@@ -216,6 +216,66 @@ TEST(MakeTriangleFeature, AgreesWithThePlainOneOnAllTrianglesOfExtremeCoordinate
     }
 }
 
+void ExpectMakerPlain(const std::array<TriangleVertex, 3>& vertices) {
+    const TriangleFeature expected = test::PlainTriangle(vertices);
+    const TriangleMaker maker;
+    const TriangleMaker::Corner corners[] = {TriangleMaker::CornerOf(vertices[0]),
+                                             TriangleMaker::CornerOf(vertices[1]),
+                                             TriangleMaker::CornerOf(vertices[2])};
+    TriangleFeature made;
+    const VertexOrder& order = maker.OrderOf(corners[0], corners[1], corners[2]);
+    for (std::size_t i = 0; i < 3; ++i) {
+        made.vertices[i] = vertices[order[i]];
+    }
+    StoreLittleEndian(TriangleMaker::SideWord(corners[0], corners[1], corners[2]), made.sides);
+    ASSERT_EQ(made, expected) << Describe(vertices);
+}
+
+TEST(TriangleMaker, AgreesWithThePlainTriangleOnRandomTriangles) {
+    std::mt19937 random(kSeed + 2);
+    for (int round = 0; round < 100000; ++round) {
+        std::array<TriangleVertex, 3> vertices;
+        const bool isSmall = random() % 2 == 0;
+        for (TriangleVertex& vertex : vertices) {
+            vertex = RandomVertex(random);
+            vertex.x = isSmall ? vertex.x % 6 : vertex.x;
+            vertex.y = isSmall ? vertex.y % 6 : vertex.y;
+        }
+        ExpectMakerPlain(vertices);
+    }
+}
+
+TEST(TriangleMaker, GivesEverySideTheLengthThatWholeNumbersGive) {
+    // The triangle (0, 0), (x, y), (0, 0) has the sides d, d and 0.
+    for (int y = 0; y < 256; ++y) {
+        for (int x = 0; x < 256; ++x) {
+            const auto origin = TriangleMaker::CornerOf(At(0, 0));
+            const auto corner = TriangleMaker::CornerOf(At(x, y));
+            const auto length = static_cast<std::uint8_t>(test::PlainDistance(x, y));
+            ASSERT_EQ(TriangleMaker::SideWord(origin, corner, origin),
+                      SideLengthWord(length, length, 0))
+                << x << ", " << y;
+        }
+    }
+}
+
+TEST(TriangleMaker, AgreesWithThePlainTriangleOnAllTrianglesOfExtremeCoordinates) {
+    constexpr int kCoordinates[] = {0, 1, 128, 255};
+    std::vector<TriangleVertex> corners;
+    for (const int x : kCoordinates) {
+        for (const int y : kCoordinates) {
+            corners.push_back(At(x, y, static_cast<int>(corners.size()) + 1));
+        }
+    }
+    for (const TriangleVertex& a : corners) {
+        for (const TriangleVertex& b : corners) {
+            for (const TriangleVertex& c : corners) {
+                ExpectMakerPlain({a, b, c});
+            }
+        }
+    }
+}
+
 TriangleFeature WithSides(int b12, int b13, int b14, int b15 = 0) {
     TriangleFeature feature;
     feature.sides[0] = static_cast<std::uint8_t>(b12);
