@@ -6,7 +6,7 @@
 #include <span>
 
 #include "matcher/matching/candidate_index.h"
-#include "matcher/matching/kernels/pair_test.h"
+#include "matcher/matching/kernels/candidate_test.h"
 
 namespace orl::matcher {
 namespace {
@@ -52,31 +52,17 @@ class KeyRange {
     std::size_t end_ = 0;
 };
 
-// The best ranks of two triangles over the cyclic orders in `orders`, bit q for order q.
-// REQUIRES: at least one of them.
-OrientationRanks bestRanks(const QuarterTurnCodes& second,
-                           const CyclicCodes& first,
-                           unsigned orders) {
-    const auto ranksOfLowest = [&] {
-        return pair_kernels::ranksOf(second,
-                                     first[static_cast<std::size_t>(std::countr_zero(orders))]);
-    };
-    OrientationRanks best = ranksOfLowest();
-    for (orders &= orders - 1; orders != 0; orders &= orders - 1) {
-        const OrientationRanks ranks = ranksOfLowest();
-        for (std::size_t m = 0; m < kOrientations; ++m) {
-            best[m] = std::min(best[m], ranks[m]);
-        }
-    }
-    return best;
-}
-
 // Tests the pairs of triangles that the index found, many at a time: what is decided by chance, so
 // that a processor cannot foresee it, is decided by stores that may be overwritten, not by
 // branches.
 class PairTest {
   public:
-    explicit PairTest(MatchContext& context) : context_(context) {}
+    explicit PairTest(MatchContext& context)
+        : context_(context),
+          test_(fastestCandidateTest()),
+          codes_{context.firstCodes.data(),
+                 context.second.codes.data(),
+                 ordersInAnyCase(context).data()} {}
 
     // Adds pairs of triangle `first` and those from `offset` on whose bits are set.
     void add(std::size_t first, std::size_t offset, const TriangleBits& found) {
@@ -89,30 +75,33 @@ class PairTest {
 
     // Appends the pairs that are alike to the context's lists. Throws: std::bad_alloc.
     void testAll() {
-        dropUnlike();
-        for (TrianglePairList& list : context_.trianglePairs) {
-            list.reserveMore(count_);
-        }
-        for (const Candidate& candidate : std::span(candidates_).first(count_)) {
-            const OrientationRanks ranks = bestRanks(context_.second.codes[candidate.second],
-                                                     context_.firstCodes[candidate.first],
-                                                     candidate.orders);
-            for (std::size_t m = 0; m < kOrientations; ++m) {
-                context_.trianglePairs[m].appendIfAlike(
-                    {ranks[m], candidate.first, candidate.second});
+        const std::span<Candidate> added = std::span(candidates_).first(count_);
+        const std::span<const Candidate> candidates = added.first(test_.dropUnlike(codes_, added));
+        count_ = 0;
+        test_.rank(codes_, candidates, ranks_.data());
+        for (std::size_t m = 0; m < kOrientations; ++m) {
+            TrianglePairList& list = context_.trianglePairs[m];
+            list.reserveMore(candidates.size());
+            for (std::size_t i = 0; i < candidates.size(); ++i) {
+                list.appendIfAlike({ranks_[i][m], candidates[i].first, candidates[i].second});
             }
         }
-        count_ = 0;
     }
 
   private:
     static constexpr std::size_t kCapacity = 1024;
 
-    struct Candidate {
-        std::uint16_t first;
-        std::uint16_t second;
-        unsigned orders;  // cyclic orders under which the two may agree in any orientation
-    };
+    // The quarter turns of an irregular triangle do not resemble each other, so it is ranked under
+    // all orders.
+    static std::span<const std::uint8_t> ordersInAnyCase(const MatchContext& context) {
+        constexpr std::uint8_t kAllOrders = 0b111;
+        const std::span<const OrientedTriangle> oriented = context.second.oriented;
+        const auto orders = context.memory.scratch.take<std::uint8_t>(oriented.size());
+        for (std::size_t u = 0; u < oriented.size(); ++u) {
+            orders[u] = oriented[u].isIrregular ? kAllOrders : std::uint8_t{0};
+        }
+        return orders;
+    }
 
     void addWord(std::size_t first, std::size_t offset, std::uint64_t found) {
         for (; found != 0; found &= found - 1) {
@@ -122,24 +111,12 @@ class PairTest {
         }
     }
 
-    // Finds each candidate's orders and drops those that have none.
-    void dropUnlike() {
-        constexpr unsigned kAllOrders = 0b111;
-        std::size_t kept = 0;
-        for (const Candidate& candidate : std::span(candidates_).first(count_)) {
-            const unsigned orders =
-                pair_kernels::ordersToRank(context_.second.codes[candidate.second][0],
-                                           context_.firstCodes[candidate.first]) |
-                (context_.second.oriented[candidate.second].isIrregular ? kAllOrders : 0);
-            candidates_[kept] = {candidate.first, candidate.second, orders};
-            kept += static_cast<std::size_t>(orders != 0);
-        }
-        count_ = kept;
-    }
-
     MatchContext& context_;
+    const CandidateTest& test_;
+    CandidateCodes codes_;
     // Left uninitialised on purpose: entries are written before they count.
     std::array<Candidate, kCapacity> candidates_;
+    std::array<OrientationRanks, kCapacity> ranks_;
     std::size_t count_ = 0;
 };
 
@@ -171,8 +148,12 @@ void searchTrianglePairs(MatchContext& context) {
 }
 
 std::int32_t scoreTrianglePair(const TriangleCode& second, const CyclicCodes& firstCodes) {
-    constexpr unsigned kAllOrders = 0b111;
-    return kMaxSimilarity - bestRanks({second, second, second, second}, firstCodes, kAllOrders)[0];
+    constexpr std::uint32_t kAllOrders = 0b111;
+    const QuarterTurnCodes seconds = {second, second, second, second};
+    const Candidate candidate{0, 0, kAllOrders};
+    OrientationRanks ranks;
+    fastestCandidateTest().rank({&firstCodes, &seconds, nullptr}, {&candidate, 1}, &ranks);
+    return kMaxSimilarity - ranks[0];
 }
 
 }  // namespace orl::matcher

@@ -34,7 +34,7 @@ class Scratch {
     void release() { resource_.release(); }
 
   private:
-    static constexpr std::size_t kBlockBytes = 96 * 1024;
+    static constexpr std::size_t kBlockBytes = std::size_t{96} * 1024;
 
     // Left uninitialised on purpose: every array is written before it is read.
     alignas(64) std::array<std::byte, kBlockBytes> block_;

@@ -90,7 +90,10 @@ class DemoRun {
     }
 
     void verifyImpostors() {
-        const std::size_t othersCount = enrolled_.empty() ? 0 : enrolled_.size() - 1;
+        if (enrolled_.size() < 2) {
+            return;
+        }
+        const std::size_t othersCount = enrolled_.size() - 1;
         for (std::size_t i = 0; i < impostorCount_; ++i) {
             const std::size_t pair = spreadIndex(i, impostorCount_, summary_.impostorPairs);
             const Probe& probe = probes_[pair / othersCount];

@@ -23,7 +23,7 @@ namespace {
 // The project's samples, seen from the build tree: <project>/build/<preset>/bin.
 std::filesystem::path sampleFolder() {
     const auto project = executableFolder().parent_path().parent_path().parent_path();
-    const auto folder = project / "samples";
+    auto folder = project / "samples";
     std::error_code failure;
     if (!std::filesystem::is_directory(folder, failure)) {
         throw CommandError("the sample records are not beside this program; give --data DIR");

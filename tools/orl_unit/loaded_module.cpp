@@ -136,7 +136,7 @@ LoadedModule::LoadedModule(const std::filesystem::path& path) {
 
 std::filesystem::path defaultModulePath() {
     const std::filesystem::path folder = executableFolder();
-    const std::filesystem::path beside = folder / kModuleFileName;
+    std::filesystem::path beside = folder / kModuleFileName;
     std::error_code failure;
     if (std::filesystem::exists(beside, failure)) {
         return beside;

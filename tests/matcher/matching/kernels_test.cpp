@@ -16,6 +16,7 @@
 #include "matcher/features/lookup_tables.h"
 #include "matcher/matching/alignment.h"
 #include "matcher/matching/kernels/agreement_bound.h"
+#include "matcher/matching/kernels/candidate_test.h"
 #include "matcher/matching/kernels/pair_test.h"
 #include "matcher/matching/kernels/triangle_code_kernels.h"
 #include "matcher/matching/pair_table.h"
@@ -219,6 +220,114 @@ TEST(PairTestKernels, FindTheSameSidesNearInAnyBlocks) {
 }
 
 #endif
+
+std::vector<std::pair<std::string, const CandidateTest*>> AllCandidateTests() {
+    std::vector<std::pair<std::string, const CandidateTest*>> forms = {
+        {"fastest", &fastestCandidateTest()}};
+#if defined(__SSE2__)
+    forms.emplace_back("sse2", &sse2::candidateTest);
+#endif
+#if defined(__SSE2__) && defined(__linux__)
+    if (__builtin_cpu_supports("avx2") != 0) {
+        forms.emplace_back("avx2", &avx2::candidateTest);
+    }
+#endif
+    return forms;
+}
+
+// Triangles of two fingers whose codes resemble each other under some orders, and all pairs of
+// them.
+struct CandidateSet {
+    explicit CandidateSet(std::mt19937& random) : first(40), second(30), ordersInAnyCase(30) {
+        for (std::size_t u = 0; u < second.size(); ++u) {
+            const TriangleCode code = RandomCode(random);
+            for (TriangleCode& turned : second[u]) {
+                turned = CodeNear(random, code, 2);
+            }
+            ordersInAnyCase[u] = random() % 5 == 0 ? 7 : 0;
+        }
+        for (std::size_t t = 0; t < first.size(); ++t) {
+            const auto reach = 20 + static_cast<int>(random() % 30);
+            const TriangleCode code = CodeNear(random, second[t % second.size()][0], reach);
+            for (std::size_t order = 0; order < kCorners; ++order) {
+                first[t][order] = plain::turnedCode(code, (order + t) % kCorners);
+            }
+        }
+        for (std::uint16_t t = 0; t < first.size(); ++t) {
+            for (std::uint16_t u = 0; u < second.size(); ++u) {
+                candidates.push_back({t, u, 0});
+            }
+        }
+    }
+
+    CandidateCodes codes() const { return {first.data(), second.data(), ordersInAnyCase.data()}; }
+
+    std::vector<CyclicCodes> first;
+    std::vector<QuarterTurnCodes> second;
+    std::vector<std::uint8_t> ordersInAnyCase;
+    std::vector<Candidate> candidates;
+};
+
+// What a form leaves of the candidates, with the ranks: first, second, orders, ranks.
+std::vector<std::array<unsigned, 7>> Tested(const CandidateTest& test, const CandidateSet& set) {
+    std::vector<Candidate> candidates = set.candidates;
+    candidates.resize(test.dropUnlike(set.codes(), candidates));
+    std::vector<OrientationRanks> ranks(candidates.size());
+    test.rank(set.codes(), candidates, ranks.data());
+    std::vector<std::array<unsigned, 7>> tested;
+    for (std::size_t i = 0; i < candidates.size(); ++i) {
+        tested.push_back({candidates[i].first,
+                          candidates[i].second,
+                          candidates[i].orders,
+                          ranks[i][0],
+                          ranks[i][1],
+                          ranks[i][2],
+                          ranks[i][3]});
+    }
+    return tested;
+}
+
+TEST(CandidateTestKernels, LeaveAndRankTheSameCandidates) {
+    std::size_t alike = 0;
+    for (std::uint32_t seed = 0; seed < 40; ++seed) {
+        std::mt19937 random(seed);
+        const CandidateSet set(random);
+        const auto expected = Tested(plain::candidateTest, set);
+        EXPECT_LT(expected.size(), set.candidates.size());
+        for (const auto& [name, form] : AllCandidateTests()) {
+            ASSERT_EQ(Tested(*form, set), expected) << name << ", seed " << seed;
+        }
+        for (const auto& candidate : expected) {
+            alike += candidate[3] != kNotAlike ? 1 : 0;
+        }
+    }
+    EXPECT_GT(alike, 100U);
+}
+
+TEST(CandidateTestKernels, TakeTheBestRankOfAllOrders) {
+    TriangleCode near{};
+    near.bytes = {20, 10, 10, 0, 10, 10, 10, 0, 10, 10, 10, 0, 10, 10, 10, 0};
+    TriangleCode nearer{};
+    nearer.bytes = {10, 10, 10, 0, 10, 10, 10, 0, 10, 10, 10, 0, 10, 10, 10, 0};
+    const TriangleCode farther{};
+    TriangleCode base{};
+    base.bytes = {11, 10, 10, 0, 20, 10, 10, 0, 10, 10, 10, 0, 12, 10, 10, 0};
+    const CyclicCodes first = {near, nearer, farther};
+    const QuarterTurnCodes second = {base, base, base, base};
+    // Turn 1, edge 10, side 2: 29 * 292 * 113 = 956884, below 2^20. Turn 9: 263 * 292 * 113 =
+    // 8677948, 8 * 2^20 and some. Turn 11, edge 20, side 12: 321 * 585 * 682 = 128069370, 122 *
+    // 2^20 and some.
+    for (const auto& [orders, rank] :
+         {std::pair{1U, 8}, {2U, 0}, {3U, 0}, {4U, 122}, {5U, 8}, {6U, 0}, {7U, 0}}) {
+        for (const auto& [name, form] : AllCandidateTests()) {
+            const Candidate candidate{0, 0, orders};
+            OrientationRanks ranks{};
+            form->rank({&first, &second, nullptr}, {&candidate, 1}, &ranks);
+            EXPECT_EQ(ranks[0], rank) << name << ", orders " << orders;
+            EXPECT_EQ(ranks[3], rank) << name << ", orders " << orders;
+        }
+    }
+}
 
 TEST(PairTestKernels, RankAsTheFormulaSays) {
     // 34816 / 35 = 994, 17408 / 18 = 967.
