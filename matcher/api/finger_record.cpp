@@ -58,7 +58,7 @@ bool readView(RecordReader& reader, RecordView& view) {
 Minutia minutiaFromBytes(std::span<const std::uint8_t, kBytesPerMinutia> bytes) {
     constexpr unsigned kTypeShift = 6;
     constexpr unsigned kUpperCoordinateMask = 0x3F;
-    const auto coordinate = [](std::uint8_t upper, std::uint8_t lower) {
+    const auto coordinate = [](unsigned upper, unsigned lower) {
         return static_cast<std::uint16_t>((upper & kUpperCoordinateMask) << 8U | lower);
     };
     return Minutia{.type = static_cast<std::uint32_t>(bytes[0] >> kTypeShift),

@@ -26,15 +26,21 @@ class BearingTable {
     // A grid point, or a vector, as one number; the number of a vector is the difference of those
     // of its ends. REQUIRES: y and x in -255..255.
     static constexpr int Place(int y, int x) { return y * kSpan + x; }
+    static constexpr std::uint32_t Place(std::uint32_t y, std::uint32_t x) {
+        return y * std::uint32_t{kSpan} + x;
+    }
 
     // Bearing of the vector from one place to another.
     std::int16_t FromTo(int from, int to) const {
-        return static_cast<std::int16_t>(RankFromTo(from, to) - kRankOfZero);
+        const int rank = entries_[static_cast<std::size_t>(to - from + Place(kReach, kReach))];
+        return static_cast<std::int16_t>(rank - kRankOfZero);
     }
 
-    // A number from 0 to 255 that rises with that bearing.
-    int RankFromTo(int from, int to) const {
-        return entries_[static_cast<std::size_t>(to - from + Place(kReach, kReach))];
+    // Numbers from 0 to 255 that rise with the bearings of the vectors from one grid point to
+    // others, by their places.
+    using Ranks = const std::uint8_t*;
+    Ranks RanksFrom(std::uint32_t from) const {
+        return entries_.data() + (std::uint32_t{Place(kReach, kReach)} - from);
     }
 
   private:

@@ -44,17 +44,15 @@ TriangleFeature MakeTriangleFeature(const TriangleVertex& a,
 // a vertex adds to several triangles from its corner. Never throws; a maker may serve any threads.
 class TriangleMaker {
   public:
-    // A vertex as the maker wants it.
-    struct alignas(16) Corner {
-        TriangleVertex vertex;
+    // The place of a vertex as the maker wants it.
+    struct Corner {
         std::uint32_t xAndY;  // x in the lower half, y in the upper one
-        int place;            // see BearingTable
+        std::uint32_t place;  // see BearingTable
     };
 
     static Corner CornerOf(const TriangleVertex& vertex) {
-        return {.vertex = vertex,
-                .xAndY = std::uint32_t{vertex.x} | std::uint32_t{vertex.y} << kHalfBits,
-                .place = BearingTable::Place(vertex.y, vertex.x)};
+        return {.xAndY = std::uint32_t{vertex.x} | std::uint32_t{vertex.y} << kHalfBits,
+                .place = BearingTable::Place(std::uint32_t{vertex.y}, std::uint32_t{vertex.x})};
     }
 
     // The side length word of a triangle, whatever the order of its corners.
@@ -76,19 +74,28 @@ inline const VertexOrder& OrderOfBearings(int first, int second, int third) {
     static constexpr std::array<VertexOrder, 8> kOrders = {
         {{0, 1, 2}, {2, 1, 0}, {1, 0, 2}, {1, 2, 0}, {0, 2, 1}, {2, 0, 1}, {1, 2, 0}, {1, 0, 2}}};
     // After the first step the third holds the greater of two, which the second passes only by
-    // itself.
+    // itself. The sign of a difference tells an exchange.
+    constexpr unsigned kSignBit = 31;
+    const auto isNegative = [](int difference) {
+        return static_cast<std::size_t>(static_cast<std::uint32_t>(difference) >> kSignBit);
+    };
     const int smaller = first < third ? first : third;
     const int greater = first < third ? third : first;
-    return kOrders[std::size_t{first > third} | std::size_t{smaller > second} << 1U |
-                   std::size_t{second > greater} << 2U];
+    return kOrders[isNegative(third - first) + 2 * isNegative(second - smaller) +
+                   4 * isNegative(greater - second)];
 }
 
 inline std::uint32_t TriangleMaker::SideWord(const Corner& a, const Corner& b, const Corner& c) {
 #if defined(__SSE2__)
     return SideWordOfLanes(a.xAndY, b.xAndY, c.xAndY);
 #else
-    return SideLengthWord(
-        Distance(a.vertex, b.vertex), Distance(b.vertex, c.vertex), Distance(c.vertex, a.vertex));
+    const auto vertexOf = [](const Corner& corner) {
+        return TriangleVertex{.x = static_cast<std::uint8_t>(corner.xAndY),
+                              .y = static_cast<std::uint8_t>(corner.xAndY >> kHalfBits)};
+    };
+    return SideLengthWord(Distance(vertexOf(a), vertexOf(b)),
+                          Distance(vertexOf(b), vertexOf(c)),
+                          Distance(vertexOf(c), vertexOf(a)));
 #endif
 }
 
@@ -100,11 +107,9 @@ inline const VertexOrder& TriangleMaker::OrderOf(const Corner& a,
     constexpr std::uint32_t kBytes = 0x00FF00FF;
     const std::uint32_t half = (a.xAndY + b.xAndY) >> 1U & kBytes;
     const std::uint32_t centre = (half + c.xAndY) >> 1U & kBytes;
-    const int place = BearingTable::Place(static_cast<int>(centre >> kHalfBits),
-                                          static_cast<int>(centre & 0xFFU));
-    return OrderOfBearings(bearings_.RankFromTo(place, a.place),
-                           bearings_.RankFromTo(place, b.place),
-                           bearings_.RankFromTo(place, c.place));
+    const BearingTable::Ranks ranks =
+        bearings_.RanksFrom(BearingTable::Place(centre >> kHalfBits, centre & 0xFFU));
+    return OrderOfBearings(ranks[a.place], ranks[b.place], ranks[c.place]);
 }
 
 // A side length word as the bytes of a feature.

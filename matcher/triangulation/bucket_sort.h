@@ -46,17 +46,23 @@ void StartsFromCounts(std::array<std::uint8_t, kBuckets>& buckets) {
 
 // Writes `items` to sorted[0..items.size()), ascending by less(left, right); equal items keep their
 // order. bucketOf(item) lies in 0..kBuckets - 1 and does not fall from an item to a greater one.
-// REQUIRES: at most 255 items; `sorted` does not overlap them; kBuckets is a multiple of 8.
+// REQUIRES: at most 255 items; `sorted` does not overlap them; kBuckets is a multiple of 8, at most
+// 256.
 template <std::size_t kBuckets, typename Item, typename BucketOf, typename Less>
 void BucketSort(std::span<const Item> items, Item* sorted, BucketOf bucketOf, Less less) {
-    assert(items.size() <= std::numeric_limits<std::uint8_t>::max());
+    constexpr std::size_t kMaxItems = std::numeric_limits<std::uint8_t>::max();
+    assert(items.size() <= kMaxItems);
     std::array<std::uint8_t, kBuckets> next{};  // where the bucket's next item goes
-    for (const Item& item : items) {
-        ++next[bucketOf(item)];
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): filled as far as it is read
+    std::array<std::uint8_t, kMaxItems> buckets;
+    for (std::size_t k = 0; k < items.size(); ++k) {
+        const std::size_t bucket = bucketOf(items[k]);
+        buckets[k] = static_cast<std::uint8_t>(bucket);
+        ++next[bucket];
     }
     StartsFromCounts(next);
-    for (const Item& item : items) {
-        sorted[next[bucketOf(item)]++] = item;
+    for (std::size_t k = 0; k < items.size(); ++k) {
+        sorted[next[buckets[k]]++] = items[k];
     }
     for (std::size_t k = 1; k < items.size(); ++k) {
         if (!less(sorted[k], sorted[k - 1])) {

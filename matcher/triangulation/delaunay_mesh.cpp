@@ -115,10 +115,11 @@ inline HalfEdge BasicDelaunayMesh<Indices>::JoinTriangle(
     corners[0] = static_cast<Index>(i0);
     corners[1] = static_cast<Index>(i1);
     corners[2] = static_cast<Index>(i2);
-    twins_.Extend(kHalfEdgesPerTriangle);
+    twins_.ExtendInStep(kHalfEdgesPerTriangle);
     PairTwins(t, a);
     PairTwins(t + 1, b);
-    PairTwins(t + 2, c);
+    twins_[t + 2] = static_cast<Index>(c);
+    twins_[c] = static_cast<Index>(t + 2);
     return t;
 }
 
@@ -251,7 +252,7 @@ inline void BasicDelaunayMesh<Indices>::JoinPoint(PointIndex i) {
     }
     const PointIndex first = hullNext_[visible];
     const HalfEdge t = JoinTriangle(visible, i, first, kNone, kNone, hullTriangle_[visible]);
-    hullTriangle_[i] = static_cast<Index>(Legalize<Circle>(t + 2));
+    hullTriangle_[i] = static_cast<Index>(LegalizeJoined<Circle>(t));
     hullTriangle_[visible] = static_cast<Index>(t);
 
     const PointIndex next = WalkForward<Circle>(i, first);
@@ -302,7 +303,7 @@ inline PointIndex BasicDelaunayMesh<Indices>::WalkForward(PointIndex i, PointInd
     PointIndex q = hullNext_[next];
     while (Orient(p, LanesOf(next), LanesOf(q))) {
         const HalfEdge t = JoinTriangle(next, i, q, hullTriangle_[i], kNone, hullTriangle_[next]);
-        hullTriangle_[i] = static_cast<Index>(Legalize<Circle>(t + 2));
+        hullTriangle_[i] = static_cast<Index>(LegalizeJoined<Circle>(t));
         hullNext_[next] = static_cast<Index>(next);
         next = q;
         q = hullNext_[next];
@@ -320,7 +321,7 @@ inline PointIndex BasicDelaunayMesh<Indices>::WalkBackward(PointIndex i, PointIn
     PointIndex q = hullPrev_[e];
     while (hullNext_[q] != q && Orient(p, LanesOf(q), LanesOf(e))) {
         const HalfEdge t = JoinTriangle(q, i, e, kNone, hullTriangle_[e], hullTriangle_[q]);
-        Legalize<Circle>(t + 2);
+        LegalizeJoined<Circle>(t);
         hullTriangle_[q] = static_cast<Index>(t);
         hullNext_[e] = static_cast<Index>(e);
         e = q;
@@ -340,6 +341,18 @@ inline void BasicDelaunayMesh<Indices>::SpliceIntoHull(PointIndex i,
     hullNext_[i] = static_cast<Index>(next);
     hullHash_[hullKeys_[i]] = static_cast<Index>(i);
     hullHash_[hullKeys_[e]] = static_cast<Index>(e);
+}
+
+// Legalize of the last half-edge of a triangle just joined, which has a twin. Most such edges stay
+// as they are and are done with here.
+template <typename Indices>
+template <typename Circle>
+inline HalfEdge BasicDelaunayMesh<Indices>::LegalizeJoined(HalfEdge t) {
+    const HalfEdge a = t + 2;
+    const HalfEdge ar = t + 1;
+    const HalfEdge bl = PrevIn<Index>(twins_[a]);
+    Circle circle(LanesOf(vertices_[ar]), LanesOf(vertices_[a]), LanesOf(vertices_[t]));
+    return circle.Holds(LanesOf(vertices_[bl])) ? Legalize<Circle>(a) : ar;
 }
 
 // Flips the edge of half-edge a, and then the edges that this exposes, until the triangles around

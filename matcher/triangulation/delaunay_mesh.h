@@ -117,6 +117,8 @@ class BasicDelaunayMesh {
 
     // Edge flips.
     template <typename Circle>
+    HalfEdge LegalizeJoined(HalfEdge t);
+    template <typename Circle>
     HalfEdge Legalize(HalfEdge a);
     template <typename Circle>
     void FlipWhileIllegal(HalfEdge a, HalfEdge ar, std::uint64_t& flipsLeft);

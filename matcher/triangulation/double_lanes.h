@@ -41,9 +41,9 @@ inline DoubleLanes LanesFromBits(LaneBits bits) {
     return __builtin_bit_cast(DoubleLanes, bits);
 }
 
-// Per lane: `chosen` where the mask is set, `other` where it is clear.
-inline DoubleLanes SelectLanes(LaneBits mask, DoubleLanes chosen, DoubleLanes other) {
-    return LanesFromBits((mask & BitsOf(chosen)) | (~mask & BitsOf(other)));
+// Per lane: not a number where the mask is set, else the lane as it is.
+inline DoubleLanes VoidLanes(LaneBits mask, DoubleLanes lanes) {
+    return LanesFromBits(mask | BitsOf(lanes));
 }
 
 inline DoubleLanes AbsLanes(DoubleLanes lanes) {
@@ -61,6 +61,19 @@ struct PointPair {
 inline PointPair PairOfPoints(const double* points, std::uint64_t i, std::uint64_t j) {
     return {.x = DoubleLanes{points[2 * i], points[2 * j]},
             .y = DoubleLanes{points[2 * i + 1], points[2 * j + 1]}};
+}
+
+// Calls visit(i, j, pair) for the points from `start` to `end`, two at a time; both are the last
+// point where it has no partner.
+template <typename Visit>
+inline void ForPairs(const double* points, std::uint64_t start, std::uint64_t end, Visit visit) {
+    std::uint64_t i = start;
+    for (; i + 1 < end; i += 2) {
+        visit(i, i + 1, PairOfPoints(points, i, i + 1));
+    }
+    if (i < end) {
+        visit(i, i, PairOfPoints(points, i, i));
+    }
 }
 
 }  // namespace orl::matcher

@@ -49,9 +49,17 @@ class FixedIndexArray {
     // Appends `count` entries, whose values are not set, and returns the first one.
     // Throws: std::length_error when there is no room for them.
     value_type* Extend(std::size_t count) {
-        if (count > kCapacity - size_) {
+        assert(count <= kCapacity);
+        if (size_ > kCapacity - count) {
             throw std::length_error("Too many indices");
         }
+        return ExtendInStep(count);
+    }
+
+    // Extend for an array that grows in step with another one of its capacity, after that one has
+    // found the room. Never throws.
+    value_type* ExtendInStep(std::size_t count) {
+        assert(count <= kCapacity - size_);
         value_type* const first = entries_.data() + size_;
         size_ += count;
         return first;

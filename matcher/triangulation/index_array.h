@@ -63,6 +63,9 @@ class IndexArray {
         return first;
     }
 
+    // The same; see FixedIndexArray. Throws: std::bad_alloc.
+    value_type* ExtendInStep(std::size_t count) { return Extend(count); }
+
     // Throws: std::bad_alloc.
     void push_back(value_type value) { *Extend(1) = value; }
 

@@ -84,44 +84,42 @@ inline bool Orient(PointLanes p, PointLanes q, PointLanes r) {
 // far apart in each direction.
 inline constexpr double kExactSpan = 4096.0;
 
-// InCircle(a, b, c, p) for one point `a` and circles that pass from one triangle to the next, for
-// coordinates within kExactSpan of each other.
+// InCircle(a, b, c, p) for circles that pass from one triangle to the next, for coordinates within
+// kExactSpan of each other.
 //
-// With rows (x, y, x^2 + y^2) relative to a, InCircle's value is minus the determinant of the rows
-// of b, c and p, since both are the determinant of the four points' rows (x, y, x^2 + y^2, 1) up to
-// that sign. Its value is exact when each intermediate is a whole number below 2^53: with
-// differences of at most 2^12 the squares sum to at most 2^25, the terms of the second order to at
-// most 2^38, and every product and sum here stays below 2^52; the same bounds hold in InCircle. So
-// both have the sign of the same whole number.
+// With u = b - a and v = c - a at a, s = c - p and t = b - p at p, InCircle's value is, multiplied
+// out, -((u x v)(s . t) + (u . v)(s x t)): the sum of the angles at a and p against half a turn.
+// Either form is exact when each intermediate is a whole number below 2^53: with differences of at
+// most 2^12, the products and sums here stay within 2^25 and 2^51, those of InCircle within 2^52.
+// So both have the sign of the same whole number.
 class ExactCircle {
   public:
-    ExactCircle(PointLanes a, PointLanes b, PointLanes c)
-        : a_(a), b_(b - a), c_(c - a), bSquare_(SquareOf(b_)), cSquare_(SquareOf(c_)) {}
+    ExactCircle(PointLanes a, PointLanes b, PointLanes c) : a_(a), b_(b), c_(c) {}
 
     bool Holds(PointLanes p) {
-        p_ = p - a_;
-        pSquare_ = SquareOf(p_);
-        const PointLanes crossed = b_ * cSquare_ - bSquare_ * c_;
-        const PointLanes terms = p_ * Swapped(crossed) + pSquare_ * (b_ * Swapped(c_));
-        return terms[0] > terms[1];
+        p_ = p;
+        const PointLanes fromX = __builtin_shufflevector(a_, p, 0, 2);
+        const PointLanes fromY = __builtin_shufflevector(a_, p, 1, 3);
+        const PointLanes toX = __builtin_shufflevector(b_, c_, 0, 2);
+        const PointLanes toY = __builtin_shufflevector(b_, c_, 1, 3);
+        const PointLanes x = toX - fromX;  // of u and s
+        const PointLanes y = toY - fromY;
+        const PointLanes otherX = Swapped(toX) - fromX;  // of v and t
+        const PointLanes otherY = Swapped(toY) - fromY;
+        const PointLanes dots = x * otherX + y * otherY;
+        const PointLanes crosses = x * otherY - y * otherX;
+        const PointLanes terms = crosses * Swapped(dots);
+        return terms[0] + terms[1] > 0.0;
     }
 
     // The point asked for last takes the place of b.
-    void MoveOn() {
-        b_ = p_;
-        bSquare_ = pSquare_;
-    }
+    void MoveOn() { b_ = p_; }
 
   private:
-    static PointLanes SquareOf(PointLanes d) { return d * d + Swapped(d * d); }  // in both lanes
-
     PointLanes a_;
     PointLanes b_;
     PointLanes c_;
-    PointLanes bSquare_;
-    PointLanes cSquare_;
     PointLanes p_ = {};
-    PointLanes pSquare_ = {};
 };
 
 // The same with InCircle itself, for any coordinates.

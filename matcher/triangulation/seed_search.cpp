@@ -27,12 +27,12 @@ inline PointIndex FirstSmallest(std::span<const double> points, Measure measure)
         std::array<DoubleLanes, kBlock / 2> measures;
         const std::uint64_t end = std::min(start + kBlock, count);
         DoubleLanes least = BothLanes(kLargest);
-        for (PointIndex i = start; i < end; i += 2) {
-            const PointPair pair = PairOfPoints(points.data(), i, std::min(i + 1, end - 1));
+        DoubleLanes* next = measures.data();
+        ForPairs(points.data(), start, end, [&](PointIndex, PointIndex, const PointPair& pair) {
             const DoubleLanes measured = measure(pair);
-            measures[(i - start) / 2] = measured;
+            *next++ = measured;
             least = MinLanes(measured, least);
-        }
+        });
         const double blockBest = std::min(least[0], least[1]);
         if (blockBest < best) {
             best = blockBest;
@@ -65,7 +65,7 @@ PointIndex NearestDistinctFrom(std::span<const double> points, const Point& p) {
     const DoubleLanes y = BothLanes(p.y);
     return FirstSmallest(points, [x, y](const PointPair& pair) {
         const DoubleLanes distances = SquaredDistances(pair, x, y);
-        return SelectLanes(distances > BothLanes(0.0), distances, BothLanes(kLargest));
+        return VoidLanes(distances == BothLanes(0.0), distances);
     });
 }
 
@@ -89,7 +89,7 @@ class CircleWith {
         const DoubleLanes X = ey * bl_ - dy_ * cl;
         const DoubleLanes Y = dx_ * cl - ex * bl_;
         const DoubleLanes radius = (X * X + Y * Y) * ((BothLanes(1.0) / d) * BothLanes(0.25)) / d;
-        return SelectLanes((bl_ == zero) | (cl == zero) | (d == zero), BothLanes(kLargest), radius);
+        return VoidLanes((bl_ == zero) | (cl == zero) | (d == zero), radius);
     }
 
   private:

@@ -53,19 +53,17 @@ double RankPoints(std::span<const double> points,
     const DoubleLanes x = BothLanes(centre.x);
     const DoubleLanes y = BothLanes(centre.y);
     DoubleLanes largest = BothLanes(0.0);
-    for (PointIndex i = 0; i < count; i += 2) {
-        const PointIndex j = std::min(i + 1, count - 1);
-        const PointPair pair = PairOfPoints(points.data(), i, j);
+    ForPairs(points.data(), 0, count, [&](PointIndex i, PointIndex j, const PointPair& pair) {
         const DoubleLanes dx = pair.x - x;
         const DoubleLanes dy = pair.y - y;
         const DoubleLanes distances = dx * dx + dy * dy;
         const DoubleLanes positions = HullPositions(dx, dy, bucketCount);
         largest = MaxLanes(distances, largest);
         ranked[i] = {.distance = distances[0], .index = i};
-        ranked[j] = {.distance = distances[j - i], .index = j};
+        ranked[j] = {.distance = distances[1], .index = j};
         keys[i] = static_cast<Key>(static_cast<std::int32_t>(positions[0]));
-        keys[j] = static_cast<Key>(static_cast<std::int32_t>(positions[j - i]));
-    }
+        keys[j] = static_cast<Key>(static_cast<std::int32_t>(positions[1]));
+    });
     return std::max(largest[0], largest[1]);
 }
 
@@ -95,16 +93,16 @@ inline void SortFewPoints(std::span<const double> points,
                           std::span<const RankedPoint> ranked,
                           double largestDistance,
                           RankedPoint* sorted) {
-    constexpr int kBuckets = 64;
-    const double scale = kBuckets / largestDistance;
+    constexpr std::size_t kBuckets = 64;
+    constexpr double kLastBucket = kBuckets - 1;  // the largest distance's, rounded as it may be
+    const double scale = kLastBucket / largestDistance;
     const bool isScalable = scale > 0.0 && scale <= std::numeric_limits<double>::max();
     const double usedScale = isScalable ? scale : 0.0;
     const double greatest = isScalable ? largestDistance : 0.0;
     const auto bucketOf = [usedScale, greatest](const RankedPoint& point) {
         // What is not finite has no place on the scale.
         const double distance = point.distance < greatest ? point.distance : greatest;
-        const int bucket = static_cast<int>(distance * usedScale);
-        return static_cast<std::size_t>(std::min(bucket, kBuckets - 1));
+        return static_cast<std::size_t>(static_cast<int>(distance * usedScale));
     };
     BucketSort<kBuckets>(ranked, sorted, bucketOf, SweepOrder(points));
 }
