@@ -79,17 +79,24 @@ void CandidateIndex::widen(Cells& cells) {
     static_assert(kMaxTurnDifferenceSteps + kMaxStepsOfQuarterTurn + kStepsPerCell <=
                   (kReachCells + 1) * kStepsPerCell - 1);
     static_assert(kReachCells == 5);
-    // Sets of what lies in the 2, 4 and 8 cells from one on, around the circle; of the latter, two
-    // make up the 11 cells within reach.
-    const auto joined = [](const Cells& sets, std::size_t first, std::size_t second) {
-        Cells result;
-        for (std::size_t i = 0; i < kCells; ++i) {
-            result[i] = sets[(i + first) % kCells] | sets[(i + second) % kCells];
-        }
-        return result;
-    };
-    const Cells ofEight = joined(joined(joined(cells, 0, 1), 0, 2), 0, 4);
-    cells = joined(ofEight, kCells - kReachCells, kCells - 2);
+    // The cells with those within reach of both ends before and behind them, so that no index
+    // wraps.
+    constexpr std::size_t kWidth = 2 * kReachCells + 1;
+    constexpr std::size_t kLength = kCells + kWidth - 1;
+    std::array<TriangleBits, kLength> around;
+    std::copy(cells.end() - kReachCells, cells.end(), around.begin());
+    std::copy(cells.begin(), cells.end(), around.begin() + kReachCells);
+    std::copy(cells.begin(), cells.begin() + kReachCells, around.end() - kReachCells);
+    // What lies in four cells from one on; three of those make up 11 cells.
+    constexpr std::size_t kFour = 4;
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i + kFour <= kLength; ++i) {
+        around[i] |= around[i + 1] | around[i + 2] | around[i + 3];
+    }
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < kCells; ++i) {
+        cells[i] = around[i] | around[i + kFour] | around[i + kWidth - kFour];
+    }
 }
 
 // Under cyclic order q the second triangle's vertex j stands against the first one's q + j.
@@ -105,17 +112,19 @@ TriangleBits CandidateIndex::inReach(const StretchSets& sets,
     return found;
 }
 
-TriangleBits CandidateIndex::find(const Query& query,
-                                  std::size_t stretch,
-                                  std::size_t begin,
-                                  std::size_t end) const {
+std::array<TriangleBits, kCorners> CandidateIndex::find(const Query& query,
+                                                        std::size_t stretch,
+                                                        std::size_t begin,
+                                                        std::size_t end) const {
     assert(begin <= end && end <= kTrianglesPerStretch);
     const auto& [sets, irregular, sides] = stretches_[stretch];
-    const TriangleBits near = pair_kernels::nearSides(
-        sides, begin / kSideBlock, (end + kSideBlock - 1) / kSideBlock, query.sides_);
-    return near & firstBits(end) & ~firstBits(begin) &
-           (irregular | inReach(sets, query, 0) | inReach(sets, query, 1) |
-            inReach(sets, query, 2));
+    const TriangleBits near =
+        pair_kernels::nearSides(
+            sides, begin / kSideBlock, (end + kSideBlock - 1) / kSideBlock, query.sides_) &
+        firstBits(end) & ~firstBits(begin);
+    return {near & (irregular | inReach(sets, query, 0)),
+            near & (irregular | inReach(sets, query, 1)),
+            near & (irregular | inReach(sets, query, 2))};
 }
 
 }  // namespace orl::matcher

@@ -43,13 +43,13 @@ class CandidateIndex {
 
     std::size_t stretchCount() const { return stretchCount_; }
 
-    // The triangles begin..end - 1 of a stretch that may agree with the query in any cyclic order
-    // and any orientation. Irregular triangles whose sides are near are always among them.
-    // REQUIRES: begin <= end <= kTrianglesPerStretch.
-    TriangleBits find(const Query& query,
-                      std::size_t stretch,
-                      std::size_t begin,
-                      std::size_t end) const;
+    // The triangles begin..end - 1 of a stretch that may agree with the query in any orientation,
+    // by cyclic order. Irregular triangles whose sides are near are always among them. REQUIRES:
+    // begin <= end <= kTrianglesPerStretch.
+    std::array<TriangleBits, kCorners> find(const Query& query,
+                                            std::size_t stretch,
+                                            std::size_t begin,
+                                            std::size_t end) const;
 
   private:
     static constexpr std::size_t kStepsPerCell = 8;

@@ -6,7 +6,7 @@
 #include <span>
 
 #include "matcher/matching/candidate_index.h"
-#include "matcher/matching/kernels/candidate_test.h"
+#include "matcher/matching/kernels/candidate_ranks.h"
 
 namespace orl::matcher {
 namespace {
@@ -52,33 +52,33 @@ class KeyRange {
     std::size_t end_ = 0;
 };
 
-// Tests the pairs of triangles that the index found, many at a time: what is decided by chance, so
+// Ranks the pairs of triangles that the index found, many at a time: what is decided by chance, so
 // that a processor cannot foresee it, is decided by stores that may be overwritten, not by
 // branches.
-class PairTest {
+class PairRanking {
   public:
-    explicit PairTest(MatchContext& context)
-        : context_(context),
-          test_(fastestCandidateTest()),
-          codes_{context.firstCodes.data(),
-                 context.second.codes.data(),
-                 ordersInAnyCase(context).data()} {}
+    explicit PairRanking(MatchContext& context) : context_(context) {}
 
-    // Adds pairs of triangle `first` and those from `offset` on whose bits are set.
-    void add(std::size_t first, std::size_t offset, const TriangleBits& found) {
+    // Adds pairs of triangle `first` and those from `offset` on that were found for a cyclic order.
+    void add(std::size_t first,
+             std::size_t offset,
+             const std::array<TriangleBits, kCorners>& found) {
+        constexpr std::size_t kWordBits = 64;
         if (count_ > kCapacity - kTrianglesPerStretch) {
-            testAll();
+            rankAll();
         }
-        addWord(first, offset, found[0]);
-        addWord(first, offset + kTrianglesPerStretch / 2, found[1]);
+        for (std::size_t word = 0; word < kTrianglesPerStretch / kWordBits; ++word) {
+            addWord(
+                first, offset + word * kWordBits, {found[0][word], found[1][word], found[2][word]});
+        }
     }
 
     // Appends the pairs that are alike to the context's lists. Throws: std::bad_alloc.
-    void testAll() {
-        const std::span<Candidate> added = std::span(candidates_).first(count_);
-        const std::span<const Candidate> candidates = added.first(test_.dropUnlike(codes_, added));
+    void rankAll() {
+        const std::span<const Candidate> candidates = std::span(candidates_).first(count_);
         count_ = 0;
-        test_.rank(codes_, candidates, ranks_.data());
+        rank_(
+            {context_.firstCodes.data(), context_.second.codes.data()}, candidates, ranks_.data());
         for (std::size_t m = 0; m < kOrientations; ++m) {
             TrianglePairList& list = context_.trianglePairs[m];
             list.reserveMore(candidates.size());
@@ -91,29 +91,21 @@ class PairTest {
   private:
     static constexpr std::size_t kCapacity = 1024;
 
-    // The quarter turns of an irregular triangle do not resemble each other, so it is ranked under
-    // all orders.
-    static std::span<const std::uint8_t> ordersInAnyCase(const MatchContext& context) {
-        constexpr std::uint8_t kAllOrders = 0b111;
-        const std::span<const OrientedTriangle> oriented = context.second.oriented;
-        const auto orders = context.memory.scratch.take<std::uint8_t>(oriented.size());
-        for (std::size_t u = 0; u < oriented.size(); ++u) {
-            orders[u] = oriented[u].isIrregular ? kAllOrders : std::uint8_t{0};
-        }
-        return orders;
-    }
-
-    void addWord(std::size_t first, std::size_t offset, std::uint64_t found) {
-        for (; found != 0; found &= found - 1) {
-            const std::size_t second = offset + static_cast<std::size_t>(std::countr_zero(found));
-            candidates_[count_++] = {
-                static_cast<std::uint16_t>(first), static_cast<std::uint16_t>(second), 0};
+    void addWord(std::size_t first,
+                 std::size_t offset,
+                 const std::array<std::uint64_t, kCorners>& found) {
+        for (std::uint64_t left = found[0] | found[1] | found[2]; left != 0; left &= left - 1) {
+            const auto bit = static_cast<unsigned>(std::countr_zero(left));
+            const std::uint64_t orders = (found[0] >> bit & 1U) | (found[1] >> bit & 1U) << 1U |
+                                         (found[2] >> bit & 1U) << 2U;
+            candidates_[count_++] = {static_cast<std::uint16_t>(first),
+                                     static_cast<std::uint16_t>(offset + bit),
+                                     static_cast<std::uint32_t>(orders)};
         }
     }
 
     MatchContext& context_;
-    const CandidateTest& test_;
-    CandidateCodes codes_;
+    RankCandidates rank_ = fastestRankCandidates();
     // Left uninitialised on purpose: entries are written before they count.
     std::array<Candidate, kCapacity> candidates_;
     std::array<OrientationRanks, kCapacity> ranks_;
@@ -125,7 +117,7 @@ class PairTest {
 void searchTrianglePairs(MatchContext& context) {
     const CandidateIndex index(context.second, context.memory.scratch);
     KeyRange range(context.second.triangles);
-    PairTest test(context);
+    PairRanking ranking(context);
     for (std::size_t first = 0; first < context.firstTriangles.size(); ++first) {
         if (!range.moveTo(searchKey(context.firstTriangles[first]))) {
             continue;
@@ -136,15 +128,15 @@ void searchTrianglePairs(MatchContext& context) {
         for (std::size_t stretch = range.begin() / kTrianglesPerStretch; stretch < endStretch;
              ++stretch) {
             const std::size_t offset = stretch * kTrianglesPerStretch;
-            test.add(first,
-                     offset,
-                     index.find(query,
-                                stretch,
-                                std::max(range.begin(), offset) - offset,
-                                std::min(range.end() - offset, kTrianglesPerStretch)));
+            ranking.add(first,
+                        offset,
+                        index.find(query,
+                                   stretch,
+                                   std::max(range.begin(), offset) - offset,
+                                   std::min(range.end() - offset, kTrianglesPerStretch)));
         }
     }
-    test.testAll();
+    ranking.rankAll();
 }
 
 std::int32_t scoreTrianglePair(const TriangleCode& second, const CyclicCodes& firstCodes) {
@@ -152,7 +144,7 @@ std::int32_t scoreTrianglePair(const TriangleCode& second, const CyclicCodes& fi
     const QuarterTurnCodes seconds = {second, second, second, second};
     const Candidate candidate{0, 0, kAllOrders};
     OrientationRanks ranks;
-    fastestCandidateTest().rank({&firstCodes, &seconds, nullptr}, {&candidate, 1}, &ranks);
+    fastestRankCandidates()({&firstCodes, &seconds}, {&candidate, 1}, &ranks);
     return kMaxSimilarity - ranks[0];
 }
 

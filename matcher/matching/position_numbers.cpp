@@ -7,11 +7,12 @@
 namespace orl::matcher {
 namespace {
 
-// A hash table of positions with linear probing, never more than half full.
+// A hash table of positions with linear probing. It has a place more than positions, and many more
+// where triangles share them as those of a mesh do.
 class PositionTable {
   public:
     PositionTable(std::size_t maxPositions, Scratch& scratch)
-        : entries_(scratch.take<std::uint32_t>(std::bit_ceil(2 * maxPositions + 2))),
+        : entries_(scratch.take<std::uint32_t>(std::bit_ceil(maxPositions + 1))),
           shift_(kWordBits - static_cast<unsigned>(std::countr_zero(entries_.size()))) {
         std::fill(entries_.begin(), entries_.end(), kFree);
     }
@@ -46,13 +47,18 @@ class PositionTable {
 };
 
 PositionBits bitsOf(const std::array<std::uint16_t, kCorners>& numbers) {
-    PositionBits bits{};
-    for (const std::uint16_t number : numbers) {
-        const PositionBits bit = positionBit(number);
-        bits[0] |= bit[0];
-        bits[1] |= bit[1];
-    }
-    return bits;
+    static constexpr auto kBits = [] {
+        std::array<PositionBits, kSharedPositionBit + 1> bits{};
+        for (std::size_t number = 0; number < bits.size(); ++number) {
+            bits[number] = positionBit(number);
+        }
+        return bits;
+    }();
+    const auto bit = [](std::size_t number) { return kBits[std::min(number, kSharedPositionBit)]; };
+    const PositionBits a = bit(numbers[0]);
+    const PositionBits b = bit(numbers[1]);
+    const PositionBits c = bit(numbers[2]);
+    return {a[0] | b[0] | c[0], a[1] | b[1] | c[1]};
 }
 
 }  // namespace

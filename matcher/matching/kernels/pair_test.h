@@ -54,11 +54,6 @@ namespace plain {
 // kNotAlike where the turns, edges or sides of the two codes differ too much.
 OrientationRanks ranksOf(const QuarterTurnCodes& second, const TriangleCode& first);
 
-// The cyclic orders of the first triangle, bit q for order q, under which the two may agree in any
-// orientation: those whose circular bytes are as near as a quarter turn allows. `second` is the
-// code of orientation 0 of a regular triangle.
-unsigned ordersToRank(const TriangleCode& second, const CyclicCodes& first);
-
 // Which of a stretch's triangles have sides that differ by at most 17 each from those given. Blocks
 // outside `firstBlock`..`endBlock` are left out. Sides are little-endian words whose fourth byte
 // does not count; `sides` holds whole blocks.

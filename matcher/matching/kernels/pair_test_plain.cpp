@@ -62,21 +62,6 @@ OrientationRanks ranksOf(const QuarterTurnCodes& second, const TriangleCode& fir
     return ranks;
 }
 
-unsigned ordersToRank(const TriangleCode& second, const CyclicCodes& first) {
-    unsigned orders = 0;
-    for (std::size_t order = 0; order < kCorners; ++order) {
-        std::uint32_t largest = 0;
-        for (std::size_t byte = 0; byte < kSideGroup; ++byte) {
-            largest =
-                std::max(largest, circularDifference(second.bytes[byte], first[order].bytes[byte]));
-        }
-        if (largest <= kMaxTurnDifferenceSteps + kMaxStepsOfQuarterTurn) {
-            orders |= 1U << order;
-        }
-    }
-    return orders;
-}
-
 TriangleBits nearSides(std::span<const std::uint32_t, kTrianglesPerStretch> sides,
                        std::size_t firstBlock,
                        std::size_t endBlock,

@@ -87,24 +87,6 @@ inline OrientationRanks ranksOf(const QuarterTurnCodes& second, const TriangleCo
     return result;
 }
 
-// Whether no byte exceeds its limit.
-inline bool isWithin(__m128i differences, __m128i limits) {
-    constexpr int kAllBytes = 0xFFFF;
-    const __m128i beyond = _mm_subs_epu8(differences, limits);
-    return _mm_movemask_epi8(_mm_cmpeq_epi8(beyond, _mm_setzero_si128())) == kAllBytes;
-}
-
-inline unsigned ordersToRank(const TriangleCode& second, const CyclicCodes& first) {
-    static_assert(kMaxTurnDifferenceSteps + kMaxStepsOfQuarterTurn == 0x25);
-    const __m128i limits = _mm_set_epi32(-1, 0x00252525, 0x00252525, 0x00252525);
-    const __m128i code = codeBytes(second);
-    const auto bit = [&](std::size_t order) {
-        return static_cast<unsigned>(isWithin(differencesOf(code, codeBytes(first[order])), limits))
-               << order;
-    };
-    return bit(0) | bit(1) | bit(2);
-}
-
 // All ones for each of four triangles whose sides are near; `lowest` is 17 less than the sides
 // that are compared with, byte by byte.
 inline __m128i areNear(const std::uint32_t* sides, __m128i lowest) {

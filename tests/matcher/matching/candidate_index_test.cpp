@@ -36,11 +36,12 @@ class Indexed {
         return (bits[bit / 64] >> bit % 64 & 1U) != 0;
     }
 
-    // All that is found of a stretch.
+    // All that is found of a stretch, under any cyclic order.
     TriangleBits found(const TriangleFeature& first, std::size_t stretch) const {
         const std::size_t offset = stretch * kTrianglesPerStretch;
         const std::size_t end = std::min(triangles_.size() - offset, kTrianglesPerStretch);
-        return index_.find(CandidateIndex::Query(codeOf(first)), stretch, 0, end);
+        const auto orders = index_.find(CandidateIndex::Query(codeOf(first)), stretch, 0, end);
+        return orders[0] | orders[1] | orders[2];
     }
 
   private:
@@ -205,10 +206,28 @@ TEST(CandidateIndex, FindsNothingOutsideTheTrianglesAskedFor) {
     };
     for (std::size_t begin = 0; begin <= 128; begin += 7) {
         for (std::size_t end = begin; end <= 128; ++end) {
-            const TriangleBits found = indexed.index().find(query, 0, begin, end);
+            const auto orders = indexed.index().find(query, 0, begin, end);
+            const TriangleBits found = orders[0] | orders[1] | orders[2];
             const TriangleBits expected = bitsFrom(begin, end);
             ASSERT_EQ(found[0], expected[0]) << begin << " to " << end;
             ASSERT_EQ(found[1], expected[1]) << begin << " to " << end;
+        }
+    }
+}
+
+TEST(CandidateIndex, TellsUnderWhichCyclicOrderATriangleWasFound) {
+    // Directions 80 steps apart, so that no two orders resemble each other.
+    const TriangleFeature triangle =
+        MakeTriangleFeature({100, 100, 10, 0}, {150, 105, 90, 0}, {95, 160, 230, 0});
+    for (std::size_t shift = 0; shift < kCorners; ++shift) {
+        TriangleFeature shifted = triangle;
+        for (std::size_t j = 0; j < kCorners; ++j) {
+            shifted.vertices[j] = triangle.vertices[(j + shift) % kCorners];
+        }
+        const Indexed indexed({shifted});
+        const auto orders = indexed.index().find(CandidateIndex::Query(codeOf(triangle)), 0, 0, 1);
+        for (std::size_t order = 0; order < kCorners; ++order) {
+            EXPECT_EQ(orders[order][0], order == shift ? 1U : 0U) << order << ", " << shift;
         }
     }
 }

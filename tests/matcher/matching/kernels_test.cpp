@@ -16,7 +16,7 @@
 #include "matcher/features/lookup_tables.h"
 #include "matcher/matching/alignment.h"
 #include "matcher/matching/kernels/agreement_bound.h"
-#include "matcher/matching/kernels/candidate_test.h"
+#include "matcher/matching/kernels/candidate_ranks.h"
 #include "matcher/matching/kernels/pair_test.h"
 #include "matcher/matching/kernels/triangle_code_kernels.h"
 #include "matcher/matching/pair_table.h"
@@ -172,28 +172,8 @@ TEST(PairTestKernels, RankAlikeWhateverTwoBytesMeet) {
                 const QuarterTurnCodes all = {second, first, first, second};
                 ASSERT_EQ(sse2::ranksOf(all, first), plain::ranksOf(all, first))
                     << a << " and " << b << " in byte " << place;
-                const CyclicCodes orders = {first, second, first};
-                ASSERT_EQ(sse2::ordersToRank(second, orders), plain::ordersToRank(second, orders));
             }
         }
-    }
-}
-
-TEST(PairTestKernels, TellTheSameOrdersToRank) {
-    std::mt19937 random(14);
-    std::array<int, 8> met{};
-    for (int i = 0; i < 40000; ++i) {
-        const TriangleCode second = RandomCode(random);
-        CyclicCodes first;
-        for (TriangleCode& code : first) {
-            code = CodeNear(random, second, 36 + static_cast<int>(random() % 5));
-        }
-        const unsigned expected = plain::ordersToRank(second, first);
-        ASSERT_EQ(sse2::ordersToRank(second, first), expected);
-        ++met[expected];
-    }
-    for (std::size_t which = 0; which < met.size(); ++which) {
-        EXPECT_GT(met[which], 100) << which;
     }
 }
 
@@ -221,15 +201,15 @@ TEST(PairTestKernels, FindTheSameSidesNearInAnyBlocks) {
 
 #endif
 
-std::vector<std::pair<std::string, const CandidateTest*>> AllCandidateTests() {
-    std::vector<std::pair<std::string, const CandidateTest*>> forms = {
-        {"fastest", &fastestCandidateTest()}};
+std::vector<std::pair<std::string, RankCandidates>> AllCandidateRankings() {
+    std::vector<std::pair<std::string, RankCandidates>> forms = {
+        {"plain", plain::rankCandidates}, {"fastest", fastestRankCandidates()}};
 #if defined(__SSE2__)
-    forms.emplace_back("sse2", &sse2::candidateTest);
+    forms.emplace_back("sse2", sse2::rankCandidates);
 #endif
 #if defined(__SSE2__) && defined(__linux__)
     if (__builtin_cpu_supports("avx2") != 0) {
-        forms.emplace_back("avx2", &avx2::candidateTest);
+        forms.emplace_back("avx2", avx2::rankCandidates);
     }
 #endif
     return forms;
@@ -238,13 +218,12 @@ std::vector<std::pair<std::string, const CandidateTest*>> AllCandidateTests() {
 // Triangles of two fingers whose codes resemble each other under some orders, and all pairs of
 // them.
 struct CandidateSet {
-    explicit CandidateSet(std::mt19937& random) : first(40), second(30), ordersInAnyCase(30) {
-        for (std::size_t u = 0; u < second.size(); ++u) {
+    explicit CandidateSet(std::mt19937& random) : first(40), second(30) {
+        for (QuarterTurnCodes& codes : second) {
             const TriangleCode code = RandomCode(random);
-            for (TriangleCode& turned : second[u]) {
+            for (TriangleCode& turned : codes) {
                 turned = CodeNear(random, code, 2);
             }
-            ordersInAnyCase[u] = random() % 5 == 0 ? 7 : 0;
         }
         for (std::size_t t = 0; t < first.size(); ++t) {
             const auto reach = 20 + static_cast<int>(random() % 30);
@@ -255,56 +234,39 @@ struct CandidateSet {
         }
         for (std::uint16_t t = 0; t < first.size(); ++t) {
             for (std::uint16_t u = 0; u < second.size(); ++u) {
-                candidates.push_back({t, u, 0});
+                candidates.push_back({t, u, 1 + static_cast<std::uint32_t>(random() % 7)});
             }
         }
     }
 
-    CandidateCodes codes() const { return {first.data(), second.data(), ordersInAnyCase.data()}; }
+    std::vector<OrientationRanks> ranked(RankCandidates form) const {
+        std::vector<OrientationRanks> ranks(candidates.size());
+        form({first.data(), second.data()}, candidates, ranks.data());
+        return ranks;
+    }
 
     std::vector<CyclicCodes> first;
     std::vector<QuarterTurnCodes> second;
-    std::vector<std::uint8_t> ordersInAnyCase;
     std::vector<Candidate> candidates;
 };
 
-// What a form leaves of the candidates, with the ranks: first, second, orders, ranks.
-std::vector<std::array<unsigned, 7>> Tested(const CandidateTest& test, const CandidateSet& set) {
-    std::vector<Candidate> candidates = set.candidates;
-    candidates.resize(test.dropUnlike(set.codes(), candidates));
-    std::vector<OrientationRanks> ranks(candidates.size());
-    test.rank(set.codes(), candidates, ranks.data());
-    std::vector<std::array<unsigned, 7>> tested;
-    for (std::size_t i = 0; i < candidates.size(); ++i) {
-        tested.push_back({candidates[i].first,
-                          candidates[i].second,
-                          candidates[i].orders,
-                          ranks[i][0],
-                          ranks[i][1],
-                          ranks[i][2],
-                          ranks[i][3]});
-    }
-    return tested;
-}
-
-TEST(CandidateTestKernels, LeaveAndRankTheSameCandidates) {
+TEST(CandidateRanks, AreTheSameInAllForms) {
     std::size_t alike = 0;
     for (std::uint32_t seed = 0; seed < 40; ++seed) {
         std::mt19937 random(seed);
         const CandidateSet set(random);
-        const auto expected = Tested(plain::candidateTest, set);
-        EXPECT_LT(expected.size(), set.candidates.size());
-        for (const auto& [name, form] : AllCandidateTests()) {
-            ASSERT_EQ(Tested(*form, set), expected) << name << ", seed " << seed;
+        const auto expected = set.ranked(plain::rankCandidates);
+        for (const auto& [name, form] : AllCandidateRankings()) {
+            ASSERT_EQ(set.ranked(form), expected) << name << ", seed " << seed;
         }
-        for (const auto& candidate : expected) {
-            alike += candidate[3] != kNotAlike ? 1 : 0;
+        for (const OrientationRanks& ranks : expected) {
+            alike += ranks[0] != kNotAlike ? 1 : 0;
         }
     }
     EXPECT_GT(alike, 100U);
 }
 
-TEST(CandidateTestKernels, TakeTheBestRankOfAllOrders) {
+TEST(CandidateRanks, AreTheBestOfAllOrders) {
     TriangleCode near{};
     near.bytes = {20, 10, 10, 0, 10, 10, 10, 0, 10, 10, 10, 0, 10, 10, 10, 0};
     TriangleCode nearer{};
@@ -319,10 +281,10 @@ TEST(CandidateTestKernels, TakeTheBestRankOfAllOrders) {
     // 2^20 and some.
     for (const auto& [orders, rank] :
          {std::pair{1U, 8}, {2U, 0}, {3U, 0}, {4U, 122}, {5U, 8}, {6U, 0}, {7U, 0}}) {
-        for (const auto& [name, form] : AllCandidateTests()) {
+        for (const auto& [name, form] : AllCandidateRankings()) {
             const Candidate candidate{0, 0, orders};
             OrientationRanks ranks{};
-            form->rank({&first, &second, nullptr}, {&candidate, 1}, &ranks);
+            form({&first, &second}, {&candidate, 1}, &ranks);
             EXPECT_EQ(ranks[0], rank) << name << ", orders " << orders;
             EXPECT_EQ(ranks[3], rank) << name << ", orders " << orders;
         }

@@ -1,23 +1,10 @@
-#include "matcher/matching/kernels/candidate_test.h"
+#include "matcher/matching/kernels/candidate_ranks.h"
 
 #include <algorithm>
 #include <bit>
 
 namespace orl::matcher {
 namespace {
-
-template <unsigned (*kOrdersToRank)(const TriangleCode&, const CyclicCodes&)>
-std::size_t dropUnlike(const CandidateCodes& codes, std::span<Candidate> candidates) {
-    std::size_t kept = 0;
-    for (const Candidate candidate : candidates) {
-        const std::uint32_t orders =
-            kOrdersToRank(codes.second[candidate.second][0], codes.first[candidate.first]) |
-            codes.secondOrders[candidate.second];
-        candidates[kept] = {candidate.first, candidate.second, orders};
-        kept += static_cast<std::size_t>(orders != 0);
-    }
-    return kept;
-}
 
 template <OrientationRanks (*kRanksOf)(const QuarterTurnCodes&, const TriangleCode&)>
 void rank(const CandidateCodes& codes,
@@ -43,22 +30,30 @@ void rank(const CandidateCodes& codes,
 }  // namespace
 
 namespace plain {
-const CandidateTest candidateTest = {dropUnlike<ordersToRank>, rank<ranksOf>};
+void rankCandidates(const CandidateCodes& codes,
+                    std::span<const Candidate> candidates,
+                    OrientationRanks* ranks) {
+    rank<ranksOf>(codes, candidates, ranks);
 }
+}  // namespace plain
 
 #if defined(__SSE2__)
 namespace sse2 {
-const CandidateTest candidateTest = {dropUnlike<ordersToRank>, rank<ranksOf>};
+void rankCandidates(const CandidateCodes& codes,
+                    std::span<const Candidate> candidates,
+                    OrientationRanks* ranks) {
+    rank<ranksOf>(codes, candidates, ranks);
 }
+}  // namespace sse2
 #endif
 
-const CandidateTest& fastestCandidateTest() {
+RankCandidates fastestRankCandidates() {
 #if defined(__SSE2__) && defined(__linux__)
-    return __builtin_cpu_supports("avx2") != 0 ? avx2::candidateTest : sse2::candidateTest;
+    return __builtin_cpu_supports("avx2") != 0 ? avx2::rankCandidates : sse2::rankCandidates;
 #elif defined(__SSE2__)
-    return sse2::candidateTest;
+    return sse2::rankCandidates;
 #else
-    return plain::candidateTest;
+    return plain::rankCandidates;
 #endif
 }
 

@@ -1,4 +1,4 @@
-#include "matcher/matching/kernels/candidate_test.h"
+#include "matcher/matching/kernels/candidate_ranks.h"
 
 #if defined(__SSE2__) && defined(__linux__)
 
@@ -82,38 +82,9 @@ ORL_AVX2 __m128i ranksOf(const QuarterTurnCodes& second, const TriangleCode& fir
     return _mm_packs_epi32(ranks, ranks);
 }
 
-ORL_AVX2 std::uint32_t ordersToRank(const TriangleCode& second, const CyclicCodes& first) {
-    static_assert(kMaxTurnDifferenceSteps + kMaxStepsOfQuarterTurn == 0x25);
-    constexpr unsigned kAllBytes = 0xFFFF;
-    constexpr unsigned kHalfBits = 16;
-    const __m256i limits = _mm256_set_epi32(
-        -1, 0x00252525, 0x00252525, 0x00252525, -1, 0x00252525, 0x00252525, 0x00252525);
-    const __m256i code = twice(second);
-    const auto withinBytes = [&](__m256i codes) ORL_AVX2 {
-        const __m256i beyond = _mm256_subs_epu8(differencesOf(codes, code), limits);
-        return static_cast<std::uint32_t>(
-            _mm256_movemask_epi8(_mm256_cmpeq_epi8(beyond, _mm256_setzero_si256())));
-    };
-    const std::uint32_t firstTwo = withinBytes(codePair(first.data()));
-    const std::uint32_t third = withinBytes(twice(first[2]));
-    return std::uint32_t{(firstTwo & kAllBytes) == kAllBytes} |
-           std::uint32_t{firstTwo >> kHalfBits == kAllBytes} << 1U |
-           std::uint32_t{third == 0xFFFFFFFFU} << 2U;
-}
+} // namespace
 
-ORL_AVX2 std::size_t dropUnlike(const CandidateCodes& codes, std::span<Candidate> candidates) {
-    std::size_t kept = 0;
-    for (const Candidate candidate : candidates) {
-        const std::uint32_t orders =
-            ordersToRank(codes.second[candidate.second][0], codes.first[candidate.first]) |
-            codes.secondOrders[candidate.second];
-        candidates[kept] = {candidate.first, candidate.second, orders};
-        kept += static_cast<std::size_t>(orders != 0);
-    }
-    return kept;
-}
-
-ORL_AVX2 void rank(const CandidateCodes& codes,
+ORL_AVX2 void rankCandidates(const CandidateCodes& codes,
                    std::span<const Candidate> candidates,
                    OrientationRanks* ranks) {
     for (const Candidate& candidate : candidates) {
@@ -128,10 +99,6 @@ ORL_AVX2 void rank(const CandidateCodes& codes,
         _mm_storel_epi64(reinterpret_cast<__m128i*>(ranks++), best);
     }
 }
-
-}  // namespace
-
-const CandidateTest candidateTest = {dropUnlike, rank};
 
 }  // namespace orl::matcher::avx2
 
