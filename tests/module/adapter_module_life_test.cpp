@@ -2,6 +2,8 @@
 // again.
 
 #include <condition_variable>
+#include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -11,7 +13,10 @@
 
 #include "tests/module/adapter_module.h"
 #include "tests/module/hosted_unit.h"
+#include "tests/support/bir_builder.h"
+#include "tests/support/process_usage.h"
 #include "tests/support/record_builder.h"
+#include "tests/support/scratch_folder.h"
 
 namespace orl::test {
 namespace {
@@ -102,6 +107,87 @@ TEST(AdapterModuleLife, LetsAThreadEndAfterTheModuleIsGone) {
     thread.reset();
     const DynamicLibrary again(AdapterModulePath());
     UseModule(again);
+}
+
+// Loads, uses and unloads the module so often; the thread lives on all the while.
+void LoadUseAndUnload(LastingThread& thread, int rounds) {
+    for (int round = 0; round < rounds; ++round) {
+        const DynamicLibrary module(AdapterModulePath());
+        thread.Run([&module] { UseModule(module); });
+    }
+}
+
+TEST(AdapterModuleLife, GrowsNeitherInHandlesNorInMemoryHoweverOftenItIsLoaded) {
+    constexpr int kRoundsToSettle = 20;
+    constexpr int kShortRounds = 60;
+    constexpr int kLongRounds = 1000;  // with ORL_LONG_TESTS set
+    // What the matcher's tables alone take is above 500,000 bytes; one round in four that lost them
+    // would show.
+    constexpr std::size_t kGrowthAllowedBytes = 8'000'000;
+    const int rounds = std::getenv("ORL_LONG_TESTS") == nullptr ? kShortRounds : kLongRounds;
+    LastingThread thread;
+    LoadUseAndUnload(thread, kRoundsToSettle);
+    const std::size_t handles = OpenHandles();
+    const std::size_t bytes = PrivateBytes();
+    ASSERT_GT(handles, 0U);
+    ASSERT_GT(bytes, 0U);
+    LoadUseAndUnload(thread, rounds);
+    EXPECT_LE(OpenHandles(), handles + 2);
+    if (!ORL_SANITIZED) {  // sanitizers keep what has been freed
+        EXPECT_LE(PrivateBytes(), bytes + kGrowthAllowedBytes) << rounds << " rounds";
+    }
+}
+
+TEST(AdapterModuleLife, KeepsTwoCopiesOfTheModuleApart) {
+    const ScratchFolder folder;
+    const std::string otherPath = folder.PathOf("a_second_engine_adapter.dll");
+    std::filesystem::copy_file(AdapterModulePath(), otherPath);
+    const DynamicLibrary module(AdapterModulePath());
+    const DynamicLibrary other(otherPath);
+    EXPECT_NE(&EngineTableOf(module), &EngineTableOf(other));
+    std::thread thread([&other] { UseModule(other); });
+    UseModule(module);
+    thread.join();
+    // Each has a matcher of its own: a unit of one does not notice the other's last detach.
+    HostedUnit unit(EngineTableOf(module));
+    ASSERT_EQ(unit.Capture(BuildRecord(RandomMinutiae(5, 45))), S_OK);
+    ASSERT_EQ(unit.Enroll(IdentityNumber(1)), S_OK);
+    UseModule(other);
+    EXPECT_TRUE(unit.Verify(IdentityNumber(1)));
+}
+
+TEST(AdapterModuleLife, AttachesAFreshUnitAfterADetach) {
+    const DynamicLibrary module(AdapterModulePath());
+    WINBIO_ENGINE_INTERFACE& engine = EngineTableOf(module);
+    WINBIO_PIPELINE pipeline = {};
+    FakeStorage storage(pipeline);
+    std::vector<std::uint8_t> bir = BuildBir(BuildRecord(RandomMinutiae(5, 45)));
+    WINBIO_REJECT_DETAIL rejectDetail = 0;
+    for (int round = 0; round < 2; ++round) {
+        SCOPED_TRACE(round);
+        ASSERT_EQ(engine.Attach(&pipeline), S_OK);
+        PUCHAR exported = nullptr;
+        SIZE_T exportedBytes = 1;
+        EXPECT_EQ(engine.ExportEngineData(&pipeline, 0, &exported, &exportedBytes),
+                  WINBIO_E_NO_CAPTURE_DATA);
+        EXPECT_EQ(engine.GetEnrollmentStatus(&pipeline, &rejectDetail),
+                  WINBIO_E_INVALID_DEVICE_STATE);
+        BOOLEAN duplicate = TRUE;
+        EXPECT_EQ(engine.CheckForDuplicate(&pipeline, nullptr, nullptr, &duplicate),
+                  WINBIO_E_INVALID_DEVICE_STATE);
+        // Leave everything behind that a unit can hold.
+        EXPECT_EQ(engine.AcceptPrivateSensorTypeInfo(&pipeline, bir.data(), bir.size()), S_OK);
+        EXPECT_EQ(engine.AcceptSampleData(&pipeline,
+                                          reinterpret_cast<PWINBIO_BIR>(bir.data()),
+                                          bir.size(),
+                                          WINBIO_PURPOSE_ENROLL,
+                                          &rejectDetail),
+                  S_OK);
+        EXPECT_EQ(engine.CreateEnrollment(&pipeline), S_OK);
+        EXPECT_EQ(engine.UpdateEnrollment(&pipeline, &rejectDetail), S_OK);
+        EXPECT_EQ(engine.Detach(&pipeline), S_OK);
+        EXPECT_EQ(pipeline.EngineContext, nullptr);
+    }
 }
 
 }  // namespace

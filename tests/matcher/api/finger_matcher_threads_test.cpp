@@ -18,8 +18,8 @@ using orl::test::BuildRecord;
 using orl::test::RandomMinutiae;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr int kMatchThreads = 3;
-constexpr int kMatchesPerThread = 25;
+constexpr int kMatchThreads = 8;
+constexpr int kMatchesPerThread = 12;
 
 struct Pair {
     Bytes probe;
