@@ -26,6 +26,11 @@ if(MINGW)
   add_compile_options(-fno-ipa-ra)
 endif()
 
+if(ORL_COVERAGE)
+  target_compile_options(orl_options INTERFACE -fprofile-instr-generate -fcoverage-mapping)
+  add_link_options(-fprofile-instr-generate)
+endif()
+
 if(WIN32)
   target_compile_definitions(orl_options INTERFACE
     WIN32_LEAN_AND_MEAN NOMINMAX UNICODE _UNICODE _WIN32_WINNT=0x0A00 __USE_MINGW_ANSI_STDIO=1)
