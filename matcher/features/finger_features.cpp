@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
@@ -83,7 +82,7 @@ void SortTriangles(TriangleCorners points, const Corner* corners, SortItem* sort
 // The features of the sorted items.
 void WriteTriangles(TriangleCorners points,
                     const Corner* corners,
-                    const std::uint32_t* vertices,
+                    const TriangleVertex* vertices,
                     const SortItem* items,
                     std::span<TriangleFeature> triangles) {
     constexpr std::size_t kPlaceMask = (1U << kPlaceBits) - 1;
@@ -93,7 +92,7 @@ void WriteTriangles(TriangleCorners points,
         const SmallDelaunayMesh::Index* const own = &points[kHalfEdgesPerTriangle * triangle];
         const VertexOrder& order = maker.OrderOf(corners[own[0]], corners[own[1]], corners[own[2]]);
         for (std::size_t i = 0; i < order.size(); ++i) {
-            feature.vertices[i] = std::bit_cast<TriangleVertex>(vertices[own[order[i]]]);
+            feature.vertices[i] = vertices[own[order[i]]];
         }
         StoreLittleEndian(items->sideWord, feature.sides);
         ++items;
@@ -106,7 +105,7 @@ std::vector<TriangleFeature> MakeTriangles(std::span<const Minutia> minutiae,
                                            const ImageSize& imageSize) {
     // NOLINTBEGIN(cppcoreguidelines-pro-type-member-init): filled as far as they are read
     std::array<double, 2 * kMaxMinutiae> coordinates;
-    std::array<std::uint32_t, kMaxMinutiae> vertices;  // TriangleVertex, bit for bit
+    std::array<TriangleVertex, kMaxMinutiae> vertices;
     std::array<Corner, kMaxMinutiae> corners;
     std::array<SortItem, kMaxTriangles> items;
     // NOLINTEND(cppcoreguidelines-pro-type-member-init)
@@ -115,9 +114,8 @@ std::vector<TriangleFeature> MakeTriangles(std::span<const Minutia> minutiae,
     for (std::size_t i = 0; i < minutiae.size(); ++i) {
         coordinates[2 * i] = minutiae[i].x;
         coordinates[2 * i + 1] = minutiae[i].y;
-        const TriangleVertex vertex = VertexOf(minutiae[i], scale);
-        vertices[i] = std::bit_cast<std::uint32_t>(vertex);
-        corners[i] = TriangleMaker::CornerOf(vertex);
+        vertices[i] = VertexOf(minutiae[i], scale);
+        corners[i] = TriangleMaker::CornerOf(vertices[i]);
     }
     const SmallDelaunayMesh mesh(std::span<const double>(coordinates).first(2 * minutiae.size()));
     const TriangleCorners points(mesh.vertices().data(), mesh.vertices().size());
