@@ -7,5 +7,6 @@ namespace orl::bench {
 void RegisterLoadBenchmarks();
 void RegisterMatchBenchmarks();
 void RegisterTriangulationBenchmarks();
+void RegisterCgalBenchmarks();  // only where CGAL is installed
 
 }  // namespace orl::bench

@@ -1,7 +1,6 @@
-// Building one finger: the whole load from a record's bytes, and its triangulation alone.
+// Building one finger: the whole load from a record's bytes, and its features alone.
 
 #include <cstdint>
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -10,16 +9,18 @@
 
 #include "bench/bench_records.h"
 #include "bench/benchmarks.h"
+#include "bench/point_sets.h"
 #include "matcher/api/finger_matcher.h"
 #include "matcher/api/template_loading.h"
-#include "matcher/triangulation/delaunay_mesh.h"
+#include "matcher/features/finger_features.h"
 
 namespace orl::bench {
 namespace {
 
-using orl::matcher::DelaunayMesh;
+using orl::matcher::FingerFeatures;
 using orl::matcher::FullLoadedTemplate;
 using orl::matcher::LoadedTemplate;
+using orl::matcher::MinutiaList;
 
 template <typename Template>
 Template Load(const Record& record) {
@@ -47,26 +48,19 @@ void LoadRecords(benchmark::State& state, const RecordSet& set) {
     state.SetItemsProcessed(state.iterations());
 }
 
-void Triangulate(benchmark::State& state, const RecordSet& set) {
-    std::vector<std::vector<double>> fingers;
-    std::size_t points = 0;
-    for (const Record& record : set.records) {
-        std::vector<double> coordinates;
-        for (const auto& minutia : Load<FullLoadedTemplate>(record).fingers.front().minutiae) {
-            coordinates.push_back(minutia.x);
-            coordinates.push_back(minutia.y);
-        }
-        points += coordinates.size() / 2;
-        fingers.push_back(std::move(coordinates));
-    }
+// From minutiae to sorted triangle features.
+void BuildFeatures(benchmark::State& state, const RecordSet& set) {
+    const std::vector<MinutiaList> fingers = MinutiaeOf(set);
+    const matcher::ImageSize imageSize = Load<FullLoadedTemplate>(set.records.front()).imageSize;
+    std::vector<FingerFeatures> features;
     std::size_t next = 0;
     for (auto _ : state) {
-        const DelaunayMesh mesh{std::span<const double>(fingers[next])};
-        benchmark::DoNotOptimize(mesh.vertices().data());
+        features.clear();
+        AppendFingerFeatures(features, imageSize, fingers[next]);
+        benchmark::DoNotOptimize(features.data());
         next = next + 1 == fingers.size() ? 0 : next + 1;
     }
     state.SetItemsProcessed(state.iterations());
-    state.SetLabel(std::to_string(points / fingers.size()) + " points on average");
 }
 
 }  // namespace
@@ -75,8 +69,9 @@ void RegisterLoadBenchmarks() {
     for (const RecordSet& set : RecordSets()) {
         benchmark::RegisterBenchmark(("Load/" + set.folder).c_str(),
                                      [&set](benchmark::State& state) { LoadRecords(state, set); });
-        benchmark::RegisterBenchmark(("Triangulate/" + set.folder).c_str(),
-                                     [&set](benchmark::State& state) { Triangulate(state, set); });
+        benchmark::RegisterBenchmark(
+            ("Features/" + set.folder).c_str(),
+            [&set](benchmark::State& state) { BuildFeatures(state, set); });
     }
 }
 

@@ -12,6 +12,9 @@ int main(int argc, char** argv) {
         orl::bench::RegisterLoadBenchmarks();
         orl::bench::RegisterMatchBenchmarks();
         orl::bench::RegisterTriangulationBenchmarks();
+#if defined(ORL_BENCH_CGAL)
+        orl::bench::RegisterCgalBenchmarks();
+#endif
         benchmark::Initialize(&argc, argv);
         if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
             return 2;

@@ -1,59 +1,55 @@
-// Triangulation alone, of random points: the size of an ordinary finger and the largest there is.
+// Triangulation alone: of random points, as many as an ordinary finger has and the most there are,
+// and of the records' minutiae; in both forms of the mesh.
 
 #include <cstddef>
-#include <cstdint>
-#include <random>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "bench/bench_records.h"
 #include "bench/benchmarks.h"
+#include "bench/point_sets.h"
 #include "matcher/triangulation/delaunay_mesh.h"
 
 namespace orl::bench {
 namespace {
 
-using orl::matcher::DelaunayMesh;
-using PointSet = std::vector<double>;  // x0, y0, x1, y1, ...
-
-constexpr std::size_t kPointSets = 64;  // taken in turn, so that no branch is learned by heart
-constexpr std::uint32_t kSeed = 20240229;
-constexpr unsigned kSidePixels = 400;
-
-std::vector<PointSet> RandomPointSets(std::size_t points) {
-    std::mt19937 random(kSeed);
-    std::vector<PointSet> sets(kPointSets);
-    for (PointSet& set : sets) {
-        while (set.size() < 2 * points) {
-            set.push_back(static_cast<double>(random() % kSidePixels));
-        }
-    }
-    return sets;
-}
-
-void TriangulateRandomPoints(benchmark::State& state) {
-    const auto points = static_cast<std::size_t>(state.range(0));
-    const std::vector<PointSet> sets = RandomPointSets(points);
+template <typename Mesh>
+void Triangulate(benchmark::State& state, const std::vector<PointSet>& sets) {
     std::size_t next = 0;
     for (auto _ : state) {
-        const DelaunayMesh mesh(sets[next]);
+        const Mesh mesh(sets[next]);
         benchmark::DoNotOptimize(mesh.vertices().data());
-        // Even with many points on the hull there are more triangles than points.
-        if (mesh.vertices().size() <= matcher::kHalfEdgesPerTriangle * points) {
-            throw std::runtime_error("too few triangles");
+        if (mesh.vertices().empty()) {
+            throw std::runtime_error("no triangle");
         }
         next = next + 1 == sets.size() ? 0 : next + 1;
     }
     state.SetItemsProcessed(state.iterations());
-    state.SetLabel(std::to_string(points) + " random points");
+    state.SetLabel(std::to_string(MeanPoints(sets)) + " points");
+}
+
+void Register(const std::string& name, const std::vector<PointSet>& sets) {
+    benchmark::RegisterBenchmark(("Triangulate/" + name).c_str(), [sets](benchmark::State& state) {
+        Triangulate<matcher::SmallDelaunayMesh>(state, sets);
+    });
+    benchmark::RegisterBenchmark(
+        ("TriangulateWide/" + name).c_str(),
+        [sets](benchmark::State& state) { Triangulate<matcher::DelaunayMesh>(state, sets); });
 }
 
 }  // namespace
 
 void RegisterTriangulationBenchmarks() {
-    benchmark::RegisterBenchmark("TriangulateRandom", TriangulateRandomPoints)->Arg(40)->Arg(128);
+    for (const std::size_t points : {std::size_t{40}, std::size_t{128}}) {
+        Register("random" + std::to_string(points), RandomPointSets(points));
+    }
+    for (const RecordSet& set : RecordSets()) {
+        Register(set.folder, PointSetsOf(set));
+    }
 }
 
 }  // namespace orl::bench
