@@ -4,8 +4,10 @@
 
 namespace orl::bench {
 
+void RegisterIdentifyBenchmarks();
 void RegisterLoadBenchmarks();
 void RegisterMatchBenchmarks();
+void RegisterStageBenchmarks();
 void RegisterTriangulationBenchmarks();
 void RegisterCgalBenchmarks();  // only where CGAL is installed
 

@@ -11,10 +11,12 @@ int main(int argc, char** argv) {
     try {
         orl::bench::RegisterLoadBenchmarks();
         orl::bench::RegisterMatchBenchmarks();
+        orl::bench::RegisterStageBenchmarks();
         orl::bench::RegisterTriangulationBenchmarks();
 #if defined(ORL_BENCH_CGAL)
         orl::bench::RegisterCgalBenchmarks();
 #endif
+        orl::bench::RegisterIdentifyBenchmarks();
         benchmark::Initialize(&argc, argv);
         if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
             return 2;
