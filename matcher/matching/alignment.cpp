@@ -1,8 +1,10 @@
 #include "matcher/matching/alignment.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <cmath>
+#include <cstddef>
 
 #include "matcher/features/angles.h"
 #include "matcher/features/lookup_tables.h"
@@ -11,122 +13,141 @@
 namespace orl::matcher {
 namespace {
 
-constexpr float kMaxResidualSquaredGridUnits = 324.0F;   // 18 grid units; the limit itself agrees
-constexpr int kAnchorDirectionRejectedFromSteps = 44;    // axial, after the rotation
-constexpr int kRelativeDirectionRejectedFromSteps = 36;  // against the anchor's direction
-constexpr int kHalfTurnSteps = 128;                      // 256-step turn
-constexpr float kDegreesPerStep = 1.40625F;              // 360 / 256
-constexpr float kStepsPerDegree = 0.7111111F;            // 256 / 360
-constexpr int kRefineReachDegrees = 24;
-constexpr int kRefineStepDegrees = 2;
+constexpr int kAnchorDirectionRejectedFromSteps = 44;  // axial, after the rotation
+constexpr float kDegreesPerStep = 1.40625F;            // 360 / 256
+constexpr float kStepsPerDegree = 0.7111111F;          // 256 / 360
 constexpr std::size_t kHypothesesPerPair = 2;
+
+// The refinement's turns, -24 to 24 degrees in steps of 2, in direction steps rounded to nearest.
+// The last one stands there twice, to make up two alignments a task; as the later of equal ones it
+// changes nothing.
+constexpr std::size_t kRefinedSlots = 26;
+constexpr std::array<int, kRefinedSlots> kRefinedSteps = [] {
+    constexpr int kReachDegrees = 24;
+    constexpr int kStepDegrees = 2;
+    std::array<int, kRefinedSlots> steps{};
+    int degrees = -kReachDegrees;
+    for (int& step : steps) {
+        const float exact = static_cast<float>(degrees) * kStepsPerDegree;
+        step = static_cast<int>(exact < 0 ? exact - 0.5F : exact + 0.5F);
+        degrees = std::min(degrees + kStepDegrees, kReachDegrees);
+    }
+    return steps;
+}();
 
 // A rotation reduced to 0..255, negative ones included: -10 gives 246.
 std::uint8_t reducedTurn(int steps) {
     return static_cast<std::uint8_t>(steps);
 }
 
-// Bounding box of grid positions.
-struct Box {
-    int minX;
-    int maxX;
-    int minY;
-    int maxY;
+// Bounding boxes of pairs' first and second vertices, on the grid. All bytes of the pairs are
+// ranged over, which is quicker than picking the coordinates.
+class PairBoxes {
+  public:
+    explicit PairBoxes(const MinutiaPair& pair) : least_(bytesOf(pair)), most_(least_) {}
 
-    explicit Box(const TriangleVertex& vertex)
-        : minX(vertex.x), maxX(vertex.x), minY(vertex.y), maxY(vertex.y) {}
-
-    void extend(const TriangleVertex& vertex) {
-        minX = std::min(minX, int{vertex.x});
-        maxX = std::max(maxX, int{vertex.x});
-        minY = std::min(minY, int{vertex.y});
-        maxY = std::max(maxY, int{vertex.y});
+    void extend(const MinutiaPair& pair) {
+        const Bytes bytes = bytesOf(pair);
+        for (std::size_t i = 0; i < bytes.size(); ++i) {
+            least_[i] = std::min(least_[i], bytes[i]);
+            most_[i] = std::max(most_[i], bytes[i]);
+        }
     }
 
     // In grid units squared; a single position covers 1. At most 65536, so exact as a float.
-    float area() const { return static_cast<float>((maxX - minX + 1) * (maxY - minY + 1)); }
-};
+    float firstArea() const { return area(offsetof(MinutiaPair, first)); }
+    float secondArea() const { return area(offsetof(MinutiaPair, second)); }
 
-// The anchor pair with the rotation about it, ready for the tests of the other pairs.
-struct Alignment {
-    MinutiaPair anchor;
-    std::int16_t rotation;
-    float cosR;
-    float sinR;
-};
+  private:
+    using Bytes = std::array<std::uint8_t, sizeof(MinutiaPair)>;
 
-// Squared distance between a pair's second vertex and where the alignment puts its first one.
-float squaredResidual(const Alignment& alignment, const MinutiaPair& pair) {
-    const TriangleVertex& from = alignment.anchor.first;
-    const TriangleVertex& onto = alignment.anchor.second;
-    const auto dx = static_cast<float>(pair.first.x - from.x);
-    const auto dy = static_cast<float>(pair.first.y - from.y);
-    const float x = (static_cast<float>(onto.x) + dx * alignment.cosR) - dy * alignment.sinR;
-    const float y = (static_cast<float>(onto.y) + dx * alignment.sinR) + dy * alignment.cosR;
-    const float errorX = x - static_cast<float>(pair.second.x);
-    const float errorY = y - static_cast<float>(pair.second.y);
-    return errorX * errorX + errorY * errorY;
-}
+    static Bytes bytesOf(const MinutiaPair& pair) { return std::bit_cast<Bytes>(pair); }
+
+    float area(std::size_t vertex) const {
+        const std::size_t x = vertex + offsetof(TriangleVertex, x);
+        const std::size_t y = vertex + offsetof(TriangleVertex, y);
+        return static_cast<float>((most_[x] - least_[x] + 1) * (most_[y] - least_[y] + 1));
+    }
+
+    Bytes least_;
+    Bytes most_;
+};
 
 // Angle between the pair's directions, as undirected lines, once the first one is turned; steps.
-int directionResidual(const Alignment& alignment, const MinutiaPair& pair) {
-    const std::uint8_t expected = reducedTurn(pair.first.angle + alignment.rotation);
+int directionResidual(std::int16_t rotation, const MinutiaPair& pair) {
+    const std::uint8_t expected = reducedTurn(pair.first.angle + rotation);
     return AxialDifference(pair.second.angle, expected);
 }
 
-// Difference between the two fingers' turns from the anchor's direction to the pair's; steps.
-int relativeDirectionResidual(const Alignment& alignment, const MinutiaPair& pair) {
-    const std::int16_t first = ForwardDifference(alignment.anchor.first.angle, pair.first.angle);
-    const std::int16_t second = ForwardDifference(alignment.anchor.second.angle, pair.second.angle);
-    return CircularDifference(first, second);
+// How many bits are set.
+std::int32_t bitsIn(std::span<const std::uint64_t> words) {
+    int bits = 0;
+    for (const std::uint64_t word : words) {
+        bits += std::popcount(word);
+    }
+    return bits;
 }
 
-// Rank n/2 of the values in ascending order; of an even number the mean with the one below it.
-float median(std::span<float> values) {
-    if (values.empty()) {
+// Calls the function with the number of each bit that is set, in ascending order.
+template <typename Function>
+void forEachBit(std::span<const std::uint64_t> words, Function function) {
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        for (std::uint64_t word = words[i]; word != 0; word &= word - 1) {
+            function(i * kNearPairsWordBits + static_cast<std::size_t>(std::countr_zero(word)));
+        }
+    }
+}
+
+// Rank n/2 of the residuals in ascending order; of an even number the mean with the one below it.
+// Square roots keep the order of what they are taken of.
+float medianResidual(std::span<float> squared) {
+    if (squared.empty()) {
         return 0.0F;
     }
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    if (values.size() % 2 != 0) {
-        return *middle;
+    const auto middle = squared.begin() + static_cast<std::ptrdiff_t>(squared.size() / 2);
+    std::nth_element(squared.begin(), middle, squared.end());
+    if (squared.size() % 2 != 0) {
+        return std::sqrt(*middle);
     }
-    return (*std::max_element(values.begin(), middle) + *middle) * 0.5F;
+    return (std::sqrt(*std::max_element(squared.begin(), middle)) + std::sqrt(*middle)) * 0.5F;
 }
 
-float coverageOf(const Box& agreeing, float referenceArea) {
-    return referenceArea > 0.0F ? std::clamp(agreeing.area() / referenceArea, 0.0F, 1.0F) : 0.0F;
-}
+// The direction residuals of some pairs: how often each number of steps occurs.
+class DirectionResiduals {
+  public:
+    void add(int steps) { ++counts_[static_cast<std::size_t>(steps)]; }
 
-// The agreeing pairs of one alignment but for its anchor, as far as statistics need them.
-struct Agreement {
-    Box firstBox;
-    Box secondBox;
-    std::span<float> distances;  // grid units
-    std::span<float> angles;     // degrees
-    std::size_t count = 0;
-
-    void add(const MinutiaPair& pair, float squaredDistance, int directionSteps) {
-        distances[count] = std::sqrt(squaredDistance);
-        angles[count] = static_cast<float>(directionSteps) * kDegreesPerStep;
-        ++count;
-        firstBox.extend(pair.first);
-        secondBox.extend(pair.second);
+    // As above, in degrees.
+    float median(std::size_t size) const {
+        if (size == 0) {
+            return 0.0F;
+        }
+        const float middle = degreesOfRank(size / 2);
+        return size % 2 != 0 ? middle : (degreesOfRank(size / 2 - 1) + middle) * 0.5F;
     }
 
-    // Completes `evaluation`, whose count is final.
-    void writeTo(AlignmentEvaluation& evaluation, const AlignmentReference& reference) const {
-        const float firstCoverage = coverageOf(firstBox, reference.firstArea);
-        const float secondCoverage = coverageOf(secondBox, reference.secondArea);
-        const std::uint64_t smallerCount = std::max<std::uint64_t>(
-            std::min(reference.firstMinutiaCount, reference.secondMinutiaCount), 1);
-        const float ratio = static_cast<float>(evaluation.count) / static_cast<float>(smallerCount);
-        evaluation.coverage = (firstCoverage + secondCoverage) * 0.5F;
-        evaluation.distanceMedian = median(distances.first(count));
-        evaluation.angleMedian = median(angles.first(count));
-        evaluation.matchedRatio = std::clamp(ratio, 0.0F, 1.0F);
+  private:
+    float degreesOfRank(std::size_t rank) const {
+        std::size_t steps = 0;
+        for (std::size_t upTo = counts_[0]; upTo <= rank; upTo += counts_[steps]) {
+            ++steps;
+        }
+        return static_cast<float>(steps) * kDegreesPerStep;
     }
+
+    std::array<std::uint16_t, kAnchorDirectionRejectedFromSteps> counts_{};
 };
+
+float overlap(float area, float referenceArea) {
+    return referenceArea > 0.0F ? std::clamp(area / referenceArea, 0.0F, 1.0F) : 0.0F;
+}
+
+float matchedRatio(std::int32_t count, const AlignmentReference& reference) {
+    const std::uint64_t smallerCount = std::max<std::uint64_t>(
+        std::min(reference.firstMinutiaCount, reference.secondMinutiaCount), 1);
+    const float ratio = static_cast<float>(count) / static_cast<float>(smallerCount);
+    return std::clamp(ratio, 0.0F, 1.0F);
+}
 
 bool isBetterEvaluation(const AlignmentEvaluation& challenger, const AlignmentEvaluation& best) {
     if (challenger.count != best.count) {
@@ -159,50 +180,99 @@ AlignmentReference alignmentReference(std::span<const MinutiaPair> pairs,
                                       std::uint64_t firstMinutiaCount,
                                       std::uint64_t secondMinutiaCount) {
     assert(!pairs.empty());
-    Box firstBox(pairs.front().first);
-    Box secondBox(pairs.front().second);
+    PairBoxes boxes(pairs.front());
     for (const MinutiaPair& pair : pairs) {
-        firstBox.extend(pair.first);
-        secondBox.extend(pair.second);
+        boxes.extend(pair);
     }
-    return {firstBox.area(), secondBox.area(), firstMinutiaCount, secondMinutiaCount};
+    return {boxes.firstArea(), boxes.secondArea(), firstMinutiaCount, secondMinutiaCount};
 }
 
-AlignmentVote::AlignmentVote(std::span<const MinutiaPair> pairs, Scratch& scratch)
+AlignmentVote::AlignmentVote(std::span<const MinutiaPair> pairs,
+                             Scratch& scratch,
+                             std::int32_t leastCount)
     : pairs_(pairs),
+      scratch_(scratch),
       table_(pairs, scratch),
       boundsOf_(fastestAgreementBounds()),
-      bounds_(scratch.take<std::uint16_t>(kHypothesesPerPair * pairs.size())),
-      distances_(scratch.take<float>(pairs.size())),
-      angles_(scratch.take<float>(pairs.size())),
-      order_(scratch.take<std::uint32_t>(kHypothesesPerPair * pairs.size())) {
+      nearPairsOf_(fastestNearPairs()),
+      tasks_(tasksReaching(leastCount)),
+      bounds_(scratch.take<std::uint16_t>(kHypothesesPerPair * tasks_.size())),
+      squaredResiduals_(scratch.take<float>(pairs.size() + kNearPairsLanes)),
+      near_(scratch.take<std::uint64_t>(pairs.size() / kNearPairsWordBits + 1)),
+      agreeingSquaredResiduals_(scratch.take<float>(pairs.size())) {
     assert(!pairs.empty());
-    const ScaledTurns& turns = ScaledTurns::Table();
-    const std::span<BoundTask> tasks = scratch.take<BoundTask>(pairs.size());
-    for (std::size_t i = 0; i < pairs.size(); ++i) {
-        const std::size_t place = table_.placeOf(i);
-        tasks[i] = boundTask(place,
-                             turns[rotationOf(kHypothesesPerPair * i)],
-                             turns[rotationOf(kHypothesesPerPair * i + 1)]);
-        anyRotationCountBound_ = std::max(anyRotationCountBound_, std::int32_t{tasks[i].count});
+    boundsOf_(table_.positions(), tasks_, bounds_);
+    for (const std::uint16_t bound : bounds_) {
+        countBound_ = std::max(countBound_, std::int32_t{bound});
     }
-    boundsOf_(table_.positions(), tasks, bounds_);
-    countBound_ = *std::max_element(bounds_.begin(), bounds_.end());
 }
 
-// The anchor may stand in the second lap of its stretch; the same pair is in both places.
-BoundTask AlignmentVote::boundTask(std::size_t place, ScaledTurn turn, ScaledTurn otherTurn) const {
-    const PairTable::Stretch alike = table_.alike(place);
-    return {static_cast<std::uint16_t>(place), alike.begin, alike.count, {turn, otherTurn}};
+// No count is greater than the number of pairs that pass the relative direction test.
+std::span<const BoundTask> AlignmentVote::tasksReaching(std::int32_t leastCount) const {
+    const std::span<const BoundTask> anchors = table_.anchors();
+    if (leastCount <= std::int32_t{table_.shortestStretch()}) {
+        return anchors;
+    }
+    const std::span<BoundTask> tasks = scratch_.take<BoundTask>(anchors.size());
+    std::size_t kept = 0;
+    for (const BoundTask& anchor : anchors) {
+        tasks[kept] = anchor;
+        kept += std::int32_t{anchor.count} >= leastCount ? 1 : 0;
+    }
+    return tasks.first(kept);
 }
 
-// Deliberate: a negative first rotation stays negative. The tables hold other values for it than
-// for its reduced form, as they have 255 steps a turn.
-std::int16_t AlignmentVote::rotationOf(std::size_t hypothesis) const {
-    const MinutiaPair& pair = pairs_[hypothesis / kHypothesesPerPair];
-    const int rotation = pair.second.angle - pair.first.angle;
-    return hypothesis % kHypothesesPerPair == 0 ? static_cast<std::int16_t>(rotation)
-                                                : reducedTurn(rotation + kHalfTurnSteps);
+// Which pairs of the anchor's stretch lie within the limit of where the alignment puts them. They
+// pass the relative direction test.
+std::span<std::uint64_t> AlignmentVote::nearPairs(const BoundTask& anchor,
+                                                  std::int16_t rotation) const {
+    nearPairsOf_(table_.positions(),
+                 {anchor.anchor, anchor.begin, anchor.count, Cos(rotation), Sin(rotation)},
+                 squaredResiduals_,
+                 near_);
+    return near_.first((anchor.count + kNearPairsWordBits - 1) / kNearPairsWordBits);
+}
+
+// Takes out the anchor and what fails the direction test. Returns how many agree, the anchor
+// included.
+std::int32_t AlignmentVote::keepAgreeing(const BoundTask& anchor,
+                                         std::int16_t rotation,
+                                         std::span<std::uint64_t> near) const {
+    forEachBit(near, [&](std::size_t bit) {
+        const int residual = directionResidual(rotation, table_.at(anchor.begin + bit));
+        const std::uint64_t isRejected = residual >= kAnchorDirectionRejectedFromSteps ? 1 : 0;
+        near[bit / kNearPairsWordBits] &= ~(isRejected << (bit % kNearPairsWordBits));
+    });
+    // The anchor may stand in its stretch with the turns behind the last.
+    const std::size_t place =
+        anchor.anchor < anchor.begin ? anchor.anchor + table_.size() : anchor.anchor;
+    const std::size_t self = place - anchor.begin;
+    near[self / kNearPairsWordBits] &= ~(std::uint64_t{1} << (self % kNearPairsWordBits));
+    return 1 + bitsIn(near);
+}
+
+float AlignmentVote::coverage(const BoundTask& anchor,
+                              std::span<const std::uint64_t> agreeing,
+                              const AlignmentReference& reference) const {
+    PairBoxes boxes(pairs_[anchor.pair]);
+    forEachBit(agreeing, [&](std::size_t bit) { boxes.extend(table_.at(anchor.begin + bit)); });
+    return (overlap(boxes.firstArea(), reference.firstArea) +
+            overlap(boxes.secondArea(), reference.secondArea)) *
+           0.5F;
+}
+
+// Reads the residuals that nearPairs has left.
+void AlignmentVote::addMedians(const BoundTask& anchor,
+                               std::span<const std::uint64_t> agreeing,
+                               AlignmentEvaluation& evaluation) const {
+    DirectionResiduals directions;
+    std::size_t size = 0;
+    forEachBit(agreeing, [&](std::size_t bit) {
+        agreeingSquaredResiduals_[size++] = squaredResiduals_[bit];
+        directions.add(directionResidual(evaluation.rotation, table_.at(anchor.begin + bit)));
+    });
+    evaluation.distanceMedian = medianResidual(agreeingSquaredResiduals_.first(size));
+    evaluation.angleMedian = directions.median(size);
 }
 
 AlignmentEvaluation AlignmentVote::evaluateAlignment(std::uint32_t anchor,
@@ -210,141 +280,194 @@ AlignmentEvaluation AlignmentVote::evaluateAlignment(std::uint32_t anchor,
                                                      const AlignmentReference& reference,
                                                      EvaluationDepth depth) const {
     assert(anchor < pairs_.size());
-    const bool withStatistics = depth == EvaluationDepth::kWithStatistics;
-    const std::size_t place = table_.placeOf(anchor);
-    const Alignment alignment{pairs_[anchor], rotation, Cos(rotation), Sin(rotation)};
-    Agreement agreement{
-        Box(alignment.anchor.first), Box(alignment.anchor.second), distances_, angles_};
-    AlignmentEvaluation evaluation{.count = 1, .anchor = anchor, .rotation = rotation};
-    const PairTable::Stretch alike = table_.alike(place);
-    for (std::size_t i = alike.begin; i < alike.begin + alike.count; ++i) {
-        const MinutiaPair& pair = table_.at(i);
-        const float squaredDistance = squaredResidual(alignment, pair);
-        if (squaredDistance > kMaxResidualSquaredGridUnits || i == place ||
-            i == place + table_.size()) {
-            continue;
-        }
-        const int directionSteps = directionResidual(alignment, pair);
-        if (directionSteps >= kAnchorDirectionRejectedFromSteps ||
-            relativeDirectionResidual(alignment, pair) >= kRelativeDirectionRejectedFromSteps) {
-            continue;
-        }
-        ++evaluation.count;
-        if (withStatistics) {
-            agreement.add(pair, squaredDistance, directionSteps);
-        }
-    }
-    if (withStatistics) {
-        agreement.writeTo(evaluation, reference);
+    const BoundTask& task = table_.anchors()[anchor];
+    const std::span<std::uint64_t> near = nearPairs(task, rotation);
+    AlignmentEvaluation evaluation{
+        .count = keepAgreeing(task, rotation, near), .anchor = anchor, .rotation = rotation};
+    if (depth == EvaluationDepth::kWithStatistics) {
+        evaluation.coverage = coverage(task, near, reference);
+        evaluation.matchedRatio = matchedRatio(evaluation.count, reference);
+        addMedians(task, near, evaluation);
     }
     return evaluation;
 }
 
-AlignmentHypothesis AlignmentVote::counted(std::size_t hypothesis) const {
-    const auto anchor = static_cast<std::uint32_t>(hypothesis / kHypothesesPerPair);
-    const std::int16_t rotation = rotationOf(hypothesis);
-    return {evaluateAlignment(anchor, rotation, {}, EvaluationDepth::kCountOnly).count,
-            anchor,
-            rotation};
+// Turns at most 35 steps apart on a circle of 255 are at most 37 apart on one of 256, and leave
+// directions at most 38 apart as lines: whatever passes the relative direction test with a
+// hypothesis passes the direction test too. The anchor is near itself.
+AlignmentHypothesis AlignmentVote::counted(std::span<const BoundTask> tasks,
+                                           std::size_t index) const {
+    const BoundTask& anchor = tasks[index / kHypothesesPerPair];
+    const MinutiaPair& pair = pairs_[anchor.pair];
+    const int straight = pair.second.angle - pair.first.angle;
+    const std::int16_t rotation = index % kHypothesesPerPair == 0
+                                      ? static_cast<std::int16_t>(straight)
+                                      : oppositeRotation(straight);
+    return {bitsIn(nearPairs(anchor, rotation)), anchor.pair, rotation};
 }
 
 AlignmentHypothesis AlignmentVote::findBestAlignment() const {
+    if (bounds_.empty()) {
+        return {};
+    }
     // The most promising one sets the mark for the others.
-    auto bestIndex = static_cast<std::size_t>(std::max_element(bounds_.begin(), bounds_.end()) -
-                                              bounds_.begin());
-    AlignmentHypothesis best = counted(bestIndex);
-    for (std::size_t hypothesis = 0; hypothesis < bounds_.size(); ++hypothesis) {
-        if (hypothesis == bestIndex ||
-            !ranksBefore(bounds_[hypothesis], hypothesis, best.count, bestIndex)) {
+    auto bestIndex = static_cast<std::size_t>(
+        std::find(bounds_.begin(), bounds_.end(), countBound_) - bounds_.begin());
+    AlignmentHypothesis best = counted(tasks_, bestIndex);
+    for (std::size_t index = 0; index < bounds_.size(); ++index) {
+        if (std::int32_t{bounds_[index]} < best.count || index == bestIndex ||
+            !ranksBefore(bounds_[index], index, best.count, bestIndex)) {
             continue;
         }
-        const AlignmentHypothesis challenger = counted(hypothesis);
-        if (ranksBefore(challenger.count, hypothesis, best.count, bestIndex)) {
+        const AlignmentHypothesis challenger = counted(tasks_, index);
+        if (ranksBefore(challenger.count, index, best.count, bestIndex)) {
             best = challenger;
-            bestIndex = hypothesis;
+            bestIndex = index;
         }
     }
     return best;
 }
 
+// Those of the anchors left out before are bounded now.
+std::span<const std::uint16_t> AlignmentVote::boundsOfAll() const {
+    const std::span<const BoundTask> anchors = table_.anchors();
+    if (tasks_.size() == anchors.size()) {
+        return bounds_;
+    }
+    const auto bounds = scratch_.take<std::uint16_t>(kHypothesesPerPair * anchors.size());
+    boundsOf_(table_.positions(), anchors, bounds);
+    return bounds;
+}
+
+// The hypotheses' indices by bound, highest first, equal ones in their order.
+std::span<const std::uint32_t> AlignmentVote::byBound(std::span<const std::uint16_t> bounds) const {
+    const std::size_t most = table_.longestStretch();
+    const auto next = scratch_.take<std::uint32_t>(most + 2);
+    std::fill(next.begin(), next.end(), 0U);
+    for (const std::uint16_t bound : bounds) {
+        ++next[most - bound + 1];
+    }
+    for (std::size_t i = 1; i <= most; ++i) {
+        next[i] += next[i - 1];
+    }
+    const auto order = scratch_.take<std::uint32_t>(bounds.size());
+    for (std::size_t index = 0; index < bounds.size(); ++index) {
+        order[next[most - bounds[index]]++] = static_cast<std::uint32_t>(index);
+    }
+    return order;
+}
+
+// REQUIRES: not full, or the challenger ranks before the last.
+void AlignmentVote::Ranking::insert(const AlignmentHypothesis& challenger, std::size_t index) {
+    std::size_t place = isFull() ? size - 1 : size++;
+    for (; place > 0 &&
+           ranksBefore(challenger.count, index, hypotheses[place - 1].count, indices[place - 1]);
+         --place) {
+        hypotheses[place] = hypotheses[place - 1];
+        indices[place] = indices[place - 1];
+    }
+    hypotheses[place] = challenger;
+    indices[place] = index;
+}
+
 AlignmentVote::Ranking AlignmentVote::rankHypotheses() const {
     // By bound, highest first: once no bound reaches the tenth best count, nothing can change.
-    for (std::size_t hypothesis = 0; hypothesis < bounds_.size(); ++hypothesis) {
-        order_[hypothesis] = static_cast<std::uint32_t>(hypothesis);
-    }
-    std::sort(order_.begin(), order_.end(), [this](std::uint32_t left, std::uint32_t right) {
-        return ranksBefore(bounds_[left], left, bounds_[right], right);
-    });
+    const std::span<const std::uint16_t> bounds = boundsOfAll();
     Ranking ranking;
-    std::array<std::size_t, kRefinedHypotheses> indices{};
-    for (const std::uint32_t hypothesis : order_) {
-        const bool isFull = ranking.size == kRefinedHypotheses;
-        if (isFull && bounds_[hypothesis] < ranking.hypotheses.back().count) {
+    for (const std::uint32_t index : byBound(bounds)) {
+        if (ranking.isFull() && bounds[index] < ranking.hypotheses.back().count) {
             break;
         }
-        const AlignmentHypothesis challenger = counted(hypothesis);
-        std::size_t place = ranking.size;
-        while (place > 0 && ranksBefore(challenger.count,
-                                        hypothesis,
-                                        ranking.hypotheses[place - 1].count,
-                                        indices[place - 1])) {
-            --place;
+        const AlignmentHypothesis challenger = counted(table_.anchors(), index);
+        if (!ranking.isFull() ||
+            ranksBefore(
+                challenger.count, index, ranking.hypotheses.back().count, ranking.indices.back())) {
+            ranking.insert(challenger, index);
         }
-        if (place == kRefinedHypotheses) {
-            continue;
-        }
-        ranking.size = isFull ? ranking.size : ranking.size + 1;
-        for (std::size_t i = ranking.size - 1; i > place; --i) {
-            ranking.hypotheses[i] = ranking.hypotheses[i - 1];
-            indices[i] = indices[i - 1];
-        }
-        ranking.hypotheses[place] = challenger;
-        indices[place] = hypothesis;
     }
     return ranking;
+}
+
+// Evaluates an alignment as far as it takes to tell whether it is better than the leader.
+void AlignmentVote::challenge(Leader& leader,
+                              std::uint32_t anchor,
+                              std::int16_t rotation,
+                              std::size_t order,
+                              const AlignmentReference& reference) const {
+    const BoundTask& task = table_.anchors()[anchor];
+    const std::span<std::uint64_t> near = nearPairs(task, rotation);
+    if (bitsIn(near) < leader.evaluation.count) {
+        return;
+    }
+    Leader challenger{{.anchor = anchor, .rotation = rotation}, order, false};
+    AlignmentEvaluation& evaluation = challenger.evaluation;
+    evaluation.count = keepAgreeing(task, rotation, near);
+    if (evaluation.count < leader.evaluation.count) {
+        return;
+    }
+    evaluation.coverage = coverage(task, near, reference);
+    evaluation.matchedRatio = matchedRatio(evaluation.count, reference);
+    const bool medianDecides = evaluation.count == leader.evaluation.count &&
+                               evaluation.coverage == leader.evaluation.coverage;
+    if (medianDecides) {
+        addMedians(task, near, evaluation);
+        challenger.hasMedians = true;
+        complete(leader, reference);
+    }
+    const bool isBetter = isBetterEvaluation(evaluation, leader.evaluation);
+    const bool isTie = !isBetter && !isBetterEvaluation(leader.evaluation, evaluation);
+    if (isBetter || (isTie && order < leader.order)) {
+        leader = challenger;
+    }
+}
+
+void AlignmentVote::complete(Leader& leader, const AlignmentReference& reference) const {
+    if (!leader.hasMedians) {
+        leader.evaluation = evaluateAlignment(leader.evaluation.anchor,
+                                              leader.evaluation.rotation,
+                                              reference,
+                                              EvaluationDepth::kWithStatistics);
+        leader.hasMedians = true;
+    }
 }
 
 void AlignmentVote::refineAlignment(AlignmentEvaluation& best,
                                     const AlignmentReference& reference) const {
     const Ranking ranking = rankHypotheses();
-    for (std::size_t i = 0; i < ranking.size; ++i) {
-        const AlignmentHypothesis& hypothesis = ranking.hypotheses[i];
-        const RefinedRotations rotations = refinedRotations(hypothesis.rotation);
-        const auto bounds = boundsOfRotations(table_.placeOf(hypothesis.anchor), rotations);
-        for (std::size_t step = 0; step < rotations.size(); ++step) {
-            if (std::int32_t{bounds[step]} < best.count) {
-                continue;
-            }
-            const AlignmentEvaluation challenger = evaluateAlignment(
-                hypothesis.anchor, rotations[step], reference, EvaluationDepth::kWithStatistics);
-            if (isBetterEvaluation(challenger, best)) {
-                best = challenger;
-            }
+    const auto rotations = scratch_.take<std::int16_t>(kRefinedSlots * ranking.size);
+    for (std::size_t slot = 0; slot < rotations.size(); ++slot) {
+        const int rotation = ranking.hypotheses[slot / kRefinedSlots].rotation;
+        rotations[slot] = reducedTurn(rotation + kRefinedSteps[slot % kRefinedSlots]);
+    }
+    const std::span<const std::uint16_t> bounds = boundsOfRotations(ranking, rotations);
+    Leader leader{best, 0, true};
+    const auto tryOut = [&](std::size_t slot) {
+        const std::uint32_t anchor = ranking.hypotheses[slot / kRefinedSlots].anchor;
+        challenge(leader, anchor, rotations[slot], slot + 1, reference);
+    };
+    // The most promising one sets the mark for the others.
+    const auto first =
+        static_cast<std::size_t>(std::max_element(bounds.begin(), bounds.end()) - bounds.begin());
+    tryOut(first);
+    for (std::size_t slot = 0; slot < rotations.size(); ++slot) {
+        if (std::int32_t{bounds[slot]} >= leader.evaluation.count && slot != first) {
+            tryOut(slot);
         }
     }
+    complete(leader, reference);
+    best = leader.evaluation;
 }
 
-// The rotations of a refinement, in the order in which they are tried.
-AlignmentVote::RefinedRotations AlignmentVote::refinedRotations(std::int16_t rotation) {
-    RefinedRotations rotations;
-    int degrees = -kRefineReachDegrees;
-    for (std::int16_t& refined : rotations) {
-        const long delta = std::lroundf(static_cast<float>(degrees) * kStepsPerDegree);
-        refined = reducedTurn(rotation + static_cast<int>(delta));
-        degrees += kRefineStepDegrees;
-    }
-    return rotations;
-}
-
-std::array<std::uint16_t, AlignmentVote::kRefineSteps + 1> AlignmentVote::boundsOfRotations(
-    std::size_t place, const RefinedRotations& rotations) const {
+std::span<const std::uint16_t> AlignmentVote::boundsOfRotations(
+    const Ranking& ranking, std::span<const std::int16_t> rotations) const {
     const ScaledTurns& turns = ScaledTurns::Table();
-    std::array<BoundTask, (kRefineSteps + 1) / 2> tasks;
+    const auto tasks = scratch_.take<BoundTask>(rotations.size() / kHypothesesPerPair);
     for (std::size_t i = 0; i < tasks.size(); ++i) {
-        const std::size_t other = std::min(2 * i + 1, kRefineSteps - 1);
-        tasks[i] = boundTask(place, turns[rotations[2 * i]], turns[rotations[other]]);
+        const std::size_t slot = kHypothesesPerPair * i;
+        tasks[i] = table_.anchors()[ranking.hypotheses[slot / kRefinedSlots].anchor];
+        tasks[i].turns = {turns[rotations[slot]], turns[rotations[slot + 1]]};
     }
-    std::array<std::uint16_t, kRefineSteps + 1> bounds;
+    const auto bounds = scratch_.take<std::uint16_t>(rotations.size());
     boundsOf_(table_.positions(), tasks, bounds);
     return bounds;
 }

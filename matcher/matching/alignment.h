@@ -15,6 +15,7 @@
 #include <span>
 
 #include "matcher/matching/alignment_records.h"
+#include "matcher/matching/kernels/near_pairs.h"
 #include "matcher/matching/match_context.h"
 #include "matcher/matching/pair_table.h"
 
@@ -42,15 +43,18 @@ AlignmentReference alignmentReference(std::span<const MinutiaPair> pairs,
 // The vote on the alignments of one orientation.
 class AlignmentVote {
   public:
-    // Bounds the counts of all hypotheses. REQUIRES: `pairs` is not empty and outlives the vote.
+    // Bounds the counts of all hypotheses; those that cannot reach `leastCount` are left out, as
+    // too bad to be of interest. REQUIRES: `pairs` is not empty and outlives the vote.
     // Throws: std::bad_alloc.
-    AlignmentVote(std::span<const MinutiaPair> pairs, Scratch& scratch);
+    AlignmentVote(std::span<const MinutiaPair> pairs,
+                  Scratch& scratch,
+                  std::int32_t leastCount = 0);
 
-    // No hypothesis has a greater count than this.
+    // No hypothesis of `leastCount` or more has a greater count than this.
     std::int32_t countBound() const { return countBound_; }
 
     // No alignment about any anchor, whatever its rotation, has a greater count than this.
-    std::int32_t anyRotationCountBound() const { return anyRotationCountBound_; }
+    std::int32_t anyRotationCountBound() const { return table_.longestStretch(); }
 
     // Lays the anchor pair's vertices on each other, turns the first finger by `rotation` about
     // them and counts the pairs that agree: position within 18 grid units, direction and relative
@@ -61,7 +65,8 @@ class AlignmentVote {
                                           const AlignmentReference& reference,
                                           EvaluationDepth depth) const;
 
-    // The hypothesis with the greatest count, of equal ones the first.
+    // The hypothesis with the greatest count, of equal ones the first. When it has fewer than
+    // `leastCount`, any hypothesis of fewer may stand for it, or one of count 0.
     AlignmentHypothesis findBestAlignment() const;
 
     // Turns the ten best hypotheses by -24 to 24 degrees in steps of 2 and replaces `best` by
@@ -72,32 +77,58 @@ class AlignmentVote {
 
   private:
     static constexpr std::size_t kRefinedHypotheses = 10;
-    static constexpr std::size_t kRefineSteps = 25;  // -24 to 24 degrees in steps of 2
-
-    using RefinedRotations = std::array<std::int16_t, kRefineSteps>;
 
     struct Ranking {
         std::array<AlignmentHypothesis, kRefinedHypotheses> hypotheses;
+        std::array<std::size_t, kRefinedHypotheses> indices;
         std::size_t size = 0;
+
+        bool isFull() const { return size == kRefinedHypotheses; }
+        void insert(const AlignmentHypothesis& challenger, std::size_t index);
     };
 
-    std::int16_t rotationOf(std::size_t hypothesis) const;
-    AlignmentHypothesis counted(std::size_t hypothesis) const;
-    BoundTask boundTask(std::size_t place, ScaledTurn turn, ScaledTurn otherTurn) const;
-    static RefinedRotations refinedRotations(std::int16_t rotation);
-    std::array<std::uint16_t, kRefineSteps + 1> boundsOfRotations(
-        std::size_t place, const RefinedRotations& rotations) const;
+    // The best evaluation so far of a refinement; the medians follow when they are asked for.
+    struct Leader {
+        AlignmentEvaluation evaluation;
+        std::size_t order;  // of evaluation, 0 for the one before the refinement
+        bool hasMedians;
+    };
+
+    std::span<const BoundTask> tasksReaching(std::int32_t leastCount) const;
+    AlignmentHypothesis counted(std::span<const BoundTask> tasks, std::size_t index) const;
+    std::span<std::uint64_t> nearPairs(const BoundTask& anchor, std::int16_t rotation) const;
+    std::int32_t keepAgreeing(const BoundTask& anchor,
+                              std::int16_t rotation,
+                              std::span<std::uint64_t> near) const;
+    float coverage(const BoundTask& anchor,
+                   std::span<const std::uint64_t> agreeing,
+                   const AlignmentReference& reference) const;
+    void addMedians(const BoundTask& anchor,
+                    std::span<const std::uint64_t> agreeing,
+                    AlignmentEvaluation& evaluation) const;
+    std::span<const std::uint16_t> boundsOfAll() const;
+    std::span<const std::uint32_t> byBound(std::span<const std::uint16_t> bounds) const;
     Ranking rankHypotheses() const;
+    std::span<const std::uint16_t> boundsOfRotations(const Ranking& ranking,
+                                                     std::span<const std::int16_t> rotations) const;
+    void challenge(Leader& leader,
+                   std::uint32_t anchor,
+                   std::int16_t rotation,
+                   std::size_t order,
+                   const AlignmentReference& reference) const;
+    void complete(Leader& leader, const AlignmentReference& reference) const;
 
     std::span<const MinutiaPair> pairs_;
+    Scratch& scratch_;
     PairTable table_;
     AgreementBounds boundsOf_;
-    std::span<std::uint16_t> bounds_;     // by hypothesis
-    mutable std::span<float> distances_;  // work space of one evaluation, grid units
-    mutable std::span<float> angles_;     // degrees
-    std::span<std::uint32_t> order_;      // work space of the ranking
+    NearPairs nearPairsOf_;
+    std::span<const BoundTask> tasks_;           // the anchors that can reach the least count
+    std::span<std::uint16_t> bounds_;            // two a task
+    std::span<float> squaredResiduals_;          // work space of one evaluation
+    std::span<std::uint64_t> near_;              // the same
+    std::span<float> agreeingSquaredResiduals_;  // the same
     std::int32_t countBound_ = 0;
-    std::int32_t anyRotationCountBound_ = 0;
 };
 
 // Fewer agreeing pairs than this are no evidence.

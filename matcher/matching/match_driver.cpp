@@ -39,6 +39,16 @@ bool canBeBetter(const MatchContext& context,
                                           context.secondMinutiaCount);
 }
 
+// Hypotheses with fewer agreeing pairs are no evidence, or not better than `best`.
+std::int32_t leastUsefulCount(const MatchContext& context, const FingerMatchResult* best) {
+    return best == nullptr ? kMinAgreeingPairs
+                           : static_cast<std::int32_t>(
+                                 leastUsefulMatched(*best,
+                                                    saturated(context.minutiaPairs.size()),
+                                                    context.firstMinutiaCount,
+                                                    context.secondMinutiaCount));
+}
+
 // The best hypothesis of the vote measured in full, refined when its score is doubtful.
 FingerMatchResult alignedResult(const MatchContext& context,
                                 const AlignmentVote& vote,
@@ -135,7 +145,8 @@ std::optional<FingerMatchResult> matchFinger(MatchContext& context,
     if (!consolidatePairs(context, orientation)) {
         return FingerMatchResult{};
     }
-    const AlignmentVote vote(context.minutiaPairs, context.memory.scratch);
+    const AlignmentVote vote(
+        context.minutiaPairs, context.memory.scratch, leastUsefulCount(context, best));
     const std::int32_t refinedBound = vote.anyRotationCountBound();
     if (!canBeBetter(context, best, vote.countBound(), refinedBound)) {
         return std::nullopt;

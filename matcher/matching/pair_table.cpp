@@ -2,51 +2,76 @@
 
 #include <algorithm>
 #include <cassert>
+#include <limits>
+
+#include "matcher/matching/scaled_turns.h"
 
 namespace orl::matcher {
-namespace {
-
-constexpr std::size_t kReachSteps = 37;  // between the turns of two pairs that agree
-constexpr std::size_t kLaps = 2;
-
-}  // namespace
 
 PairTable::PairTable(std::span<const MinutiaPair> pairs, Scratch& scratch)
-    : alike_{},
-      places_(scratch.take<std::uint16_t>(pairs.size())),
-      sorted_(scratch.take<MinutiaPair>(kLaps * pairs.size())),
-      positions_{} {
+    : anchors_(scratch.take<BoundTask>(pairs.size())) {
     assert(pairs.size() < 32768);
-    sortByTurn(pairs);
+    sortByTurn(pairs, scratch);
     layOutPositions(scratch);
 }
 
-void PairTable::sortByTurn(std::span<const MinutiaPair> pairs) {
-    std::array<std::uint16_t, kBins + 1> begins{};
-    for (const MinutiaPair& pair : pairs) {
-        ++begins[binOf(pair) + 1];
-    }
-    for (std::size_t bin = 0; bin < kBins; ++bin) {
-        begins[bin + 1] = static_cast<std::uint16_t>(begins[bin + 1] + begins[bin]);
-    }
-    findStretches(begins);
-    for (std::size_t i = 0; i < pairs.size(); ++i) {
-        const std::uint16_t place = begins[binOf(pairs[i])]++;
-        places_[i] = place;
-        sorted_[place] = pairs[i];
-        sorted_[place + pairs.size()] = pairs[i];
-    }
+// Modulo 255: 0..254.
+std::size_t PairTable::turnOf(const MinutiaPair& pair) {
+    constexpr int kStepsPerTurn = static_cast<int>(kTurns);
+    const int turn = pair.second.angle - pair.first.angle;
+    const int forward = turn < 0 ? turn + kStepsPerTurn : turn;
+    return static_cast<std::size_t>(forward == kStepsPerTurn ? 0 : forward);
 }
 
-// From the bin of the last turn within reach below a bin's turns to that of the first one above.
-void PairTable::findStretches(const std::array<std::uint16_t, kBins + 1>& binBegins) {
-    constexpr std::size_t kReachBins = (kReachSteps + kTurnsPerBin - 1) / kTurnsPerBin;
-    for (std::size_t bin = 0; bin < kBins; ++bin) {
-        const std::size_t first = (bin + kBins - kReachBins) % kBins;
-        const std::size_t last = (bin + kReachBins) % kBins;
-        const std::size_t end = binBegins[last + 1] + (last < first ? size() : 0);
-        alike_[bin] = {binBegins[first], static_cast<std::uint16_t>(end - binBegins[first])};
+PairTable::Begins PairTable::countTurns(std::span<const MinutiaPair> pairs,
+                                        std::span<std::uint8_t> turns) const {
+    Begins begins{};
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        const std::size_t turn = turnOf(pairs[i]);
+        turns[i] = static_cast<std::uint8_t>(turn);
+        ++begins[turn + 1];
     }
+    std::uint16_t before = 0;
+    for (std::size_t turn = 0; turn <= kTurns; ++turn) {
+        before = static_cast<std::uint16_t>(before + begins[turn]);
+        begins[turn] = before;
+    }
+    for (std::size_t turn = 1; turn < kStretchTurns; ++turn) {
+        begins[kTurns + turn] = static_cast<std::uint16_t>(begins[turn] + pairs.size());
+    }
+    return begins;
+}
+
+void PairTable::sortByTurn(std::span<const MinutiaPair> pairs, Scratch& scratch) {
+    const std::span<std::uint8_t> turns = scratch.take<std::uint8_t>(pairs.size());
+    const Begins begins = countTurns(pairs, turns);
+    const std::size_t repeated = begins[kStretchTurns - 1];
+    sorted_ = scratch.take<MinutiaPair>(pairs.size() + repeated);
+    std::array<std::uint16_t, kTurns> next;
+    std::copy_n(begins.begin(), next.size(), next.begin());
+    std::uint16_t longest = 0;
+    std::uint16_t shortest = std::numeric_limits<std::uint16_t>::max();
+    const ScaledTurns& scaledTurns = ScaledTurns::Table();
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        const MinutiaPair& pair = pairs[i];
+        const std::size_t turn = turns[i];
+        const std::size_t first = turn < kReachSteps ? turn + kTurns - kReachSteps  //
+                                                     : turn - kReachSteps;
+        const std::uint16_t begin = begins[first];
+        const auto count = static_cast<std::uint16_t>(begins[first + kStretchTurns] - begin);
+        const std::uint16_t place = next[turn]++;
+        sorted_[place] = pair;
+        anchors_[i] = {place,
+                       begin,
+                       count,
+                       static_cast<std::uint16_t>(i),
+                       scaledTurns.ofHypotheses(pair.second.angle - pair.first.angle)};
+        longest = std::max(longest, count);
+        shortest = std::min(shortest, count);
+    }
+    longestStretch_ = longest;
+    shortestStretch_ = shortest;
+    std::copy_n(sorted_.begin(), repeated, sorted_.last(repeated).begin());
 }
 
 void PairTable::layOutPositions(Scratch& scratch) {

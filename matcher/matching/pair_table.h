@@ -2,11 +2,12 @@
 
 // The minutia pairs of one orientation, laid out for the vote on alignments.
 //
-// A pair can only agree with an anchor pair when both turn their directions by about the same: the
-// relative direction test passes only if the two turns (second direction less first, modulo 256)
-// differ by at most 37 steps, 35 and one each for a direction that wraps at 256 on a circle of 255.
-// So the pairs are sorted by their turn, and what may agree with an anchor is one stretch of them.
-// They stand there twice, one lap after the other, so that a stretch never wraps.
+// The relative direction test compares how far both fingers turn from the anchor pair's directions
+// to another pair's. It takes both modulo 255, so what it compares is the two pairs' own turns
+// (second direction less first) modulo 255: the test passes exactly when those lie at most 35 steps
+// apart on a circle of 255. So the pairs are sorted by their turn, and those that pass the test
+// with an anchor are one stretch of them. The first turns stand there again behind the last, so
+// that a stretch never wraps.
 
 #include <array>
 #include <cstddef>
@@ -25,39 +26,38 @@ class PairTable {
     // REQUIRES: fewer than 32768 pairs. Throws: std::bad_alloc.
     PairTable(std::span<const MinutiaPair> pairs, Scratch& scratch);
 
-    // A run of positions in the sorted order; it may reach into the second lap.
-    struct Stretch {
-        std::uint16_t begin;
-        std::uint16_t count;
-    };
+    std::size_t size() const { return anchors_.size(); }
 
-    std::size_t size() const { return places_.size(); }
-
-    // Where the pair of that index in the original list stands in the first lap.
-    std::size_t placeOf(std::size_t index) const { return places_[index]; }
-
+    // The pair at a place of the sorted order, up to the end of any stretch.
     const MinutiaPair& at(std::size_t place) const { return sorted_[place]; }
 
-    // The pairs that may agree with the one at `place` by their direction, itself included.
-    Stretch alike(std::size_t place) const { return alike_[binOf(sorted_[place])]; }
+    // By index in the original list: where the pair stands, the stretch of all pairs that pass the
+    // relative direction test with it (itself included), and its two hypotheses' turns.
+    std::span<const BoundTask> anchors() const { return anchors_; }
+
+    std::uint16_t longestStretch() const { return longestStretch_; }
+    std::uint16_t shortestStretch() const { return shortestStretch_; }
 
     const BoundPositions& positions() const { return positions_; }
 
   private:
-    static constexpr std::size_t kTurnsPerBin = 4;
-    static constexpr std::size_t kBins = 256 / kTurnsPerBin;
+    static constexpr std::size_t kTurns = 255;
+    static constexpr std::size_t kReachSteps = 35;
+    static constexpr std::size_t kStretchTurns = 2 * kReachSteps + 1;
 
-    static std::size_t binOf(const MinutiaPair& pair) {
-        return static_cast<std::uint8_t>(pair.second.angle - pair.first.angle) / kTurnsPerBin;
-    }
-    void sortByTurn(std::span<const MinutiaPair> pairs);
-    void findStretches(const std::array<std::uint16_t, kBins + 1>& binBegins);
+    // Places of the first pair of each turn, and of the turns that stand behind the last again.
+    using Begins = std::array<std::uint16_t, kTurns + kStretchTurns>;
+
+    static std::size_t turnOf(const MinutiaPair& pair);
+    Begins countTurns(std::span<const MinutiaPair> pairs, std::span<std::uint8_t> turns) const;
+    void sortByTurn(std::span<const MinutiaPair> pairs, Scratch& scratch);
     void layOutPositions(Scratch& scratch);
 
-    std::array<Stretch, kBins> alike_;
-    std::span<std::uint16_t> places_;
-    std::span<MinutiaPair> sorted_;  // two laps
-    BoundPositions positions_;
+    std::span<BoundTask> anchors_;
+    std::span<MinutiaPair> sorted_;
+    BoundPositions positions_{};
+    std::uint16_t longestStretch_ = 0;
+    std::uint16_t shortestStretch_ = 0;
 };
 
 }  // namespace orl::matcher

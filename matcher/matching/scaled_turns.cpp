@@ -16,10 +16,13 @@ ScaledTurns::ScaledTurns() : entries_{} {
     const auto scaled = [](float value) {
         return static_cast<std::int16_t>(std::lround(value * kScale));
     };
+    const auto scaledTurn = [&](std::int16_t rotation) {
+        return ScaledTurn{scaled(Cos(rotation)), scaled(Sin(rotation))};
+    };
     for (int rotation = -kReach; rotation <= kReach; ++rotation) {
-        const auto steps = static_cast<std::int16_t>(rotation);
-        entries_[static_cast<std::size_t>(rotation + kReach)] = {scaled(Cos(steps)),
-                                                                 scaled(Sin(steps))};
+        entries_[static_cast<std::size_t>(rotation + kReach)] = {
+            scaledTurn(static_cast<std::int16_t>(rotation)),
+            scaledTurn(oppositeRotation(rotation))};
     }
 }
 

@@ -165,6 +165,23 @@ bool mayBeBetter(const FingerMatchResult& best,
     return scoreFromCount(refinedMatchedBound, countA, countB) + kPointsPerLevel >= best.score;
 }
 
+std::uint64_t leastUsefulMatched(const FingerMatchResult& best,
+                                 std::uint64_t matchedBound,
+                                 std::uint64_t countA,
+                                 std::uint64_t countB) {
+    std::uint64_t least = kMinMatchedPairs;
+    std::uint64_t end = std::max(matchedBound + 1, least);
+    while (least < end) {
+        const std::uint64_t middle = (least + end) / 2;
+        if (mayBeBetter(best, middle, matchedBound, countA, countB)) {
+            end = middle;
+        } else {
+            least = middle + 1;
+        }
+    }
+    return least;
+}
+
 float reportedRotationDegrees(std::int16_t rotationSteps) {
     constexpr float kDegreesPerStep = 1.40625F;  // 360 / 256
     constexpr float kHalfTurnDegrees = 180.0F;

@@ -49,6 +49,14 @@ bool mayBeBetter(const FingerMatchResult& best,
                  std::uint64_t countA,
                  std::uint64_t countB);
 
+// The smallest number of agreeing pairs, 4 at least, for which mayBeBetter holds when no refinement
+// gives more than `matchedBound`; matchedBound + 1 when it holds for none up to there. What it
+// holds for it holds for all greater numbers.
+std::uint64_t leastUsefulMatched(const FingerMatchResult& best,
+                                 std::uint64_t matchedBound,
+                                 std::uint64_t countA,
+                                 std::uint64_t countB);
+
 // Direction steps to degrees at 256 steps a turn, brought into (-180, 180]: -10 gives -14.0625, 246
 // the same, 128 gives 180.
 float reportedRotationDegrees(std::int16_t rotationSteps);

@@ -30,26 +30,24 @@ struct ScaledTurn {
     std::int16_t sine;
 };
 
-// A residual of at most 18 grid units keeps both coordinates' errors within these, in 1/32 grid
-// unit: 18 * 32 = 576 each and, for the sum of their sizes, 18 * sqrt(2) * 32 = 814.6. Rounding
-// adds to that: each product is cut down by less than 1, so x is off by less than 1 and y by less
-// than 2; the turn's numbers are rounded (at most 510 * 64 / 65536 / 2 = 0.25) and scaled by 32767
-// in place of 32768 (361 * 32 / 32768 = 0.35). Together less than 2.6 for one coordinate and 4.3
-// for both.
+// A residual of at most 18 grid units keeps both coordinates' errors within this, in 1/32 grid
+// unit: 18 * 32 = 576. Rounding adds to that: each product is cut down by less than 1, so x is off
+// by less than 1 and y by less than 2; the turn's numbers are rounded (at most 510 * 64 / 65536 / 2
+// = 0.25) and scaled by 32767 in place of 32768 (361 * 32 / 32768 = 0.35). Together less than 2.6.
 inline constexpr std::int16_t kBoundPerCoordinate = 576 + 3;
-inline constexpr std::int16_t kBoundBothCoordinates = 815 + 6;
 
 // Two alignments about one anchor, and the pairs [begin, begin + count) that may agree with them.
 struct BoundTask {
-    std::uint16_t anchor;  // index of the anchor pair
+    std::uint16_t anchor;  // where the anchor pair stands
     std::uint16_t begin;
     std::uint16_t count;
+    std::uint16_t pair;  // the anchor's number for whoever reads the bounds; not read here
     std::array<ScaledTurn, 2> turns;
 };
 
 // Writes for each task and turn, in order, how many of the task's pairs may lie within 18 grid
-// units of where the alignment puts them: at least as many as do. The anchor counts itself when it
-// is among them. `bounds` has room for two numbers a task.
+// units of where the alignment puts them, along x and along y: at least as many as lie that near.
+// The anchor counts itself when it is among them. `bounds` has room for two numbers a task.
 namespace plain {
 void agreementBounds(const BoundPositions& positions,
                      std::span<const BoundTask> tasks,

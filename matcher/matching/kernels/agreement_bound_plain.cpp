@@ -16,15 +16,13 @@ bool mayAgree(const BoundPositions& positions,
               std::size_t pair,
               std::size_t anchor,
               ScaledTurn turn) {
-    const int dx = positions.firstX64[pair] - positions.firstX64[anchor];
-    const int dy = positions.firstY64[pair] - positions.firstY64[anchor];
+    const int dx = positions.firstX64[anchor] - positions.firstX64[pair];
+    const int dy = positions.firstY64[anchor] - positions.firstY64[pair];
     const int errorX = highProduct(dx, turn.cosine) - highProduct(dy, turn.sine) -
-                       (positions.secondX32[pair] - positions.secondX32[anchor]);
+                       (positions.secondX32[anchor] - positions.secondX32[pair]);
     const int errorY = highProduct(dx, turn.sine) + highProduct(dy, turn.cosine) -
-                       (positions.secondY32[pair] - positions.secondY32[anchor]);
-    const int sizeX = std::abs(errorX);
-    const int sizeY = std::abs(errorY);
-    return std::max(sizeX, sizeY) <= kBoundPerCoordinate && sizeX + sizeY <= kBoundBothCoordinates;
+                       (positions.secondY32[anchor] - positions.secondY32[pair]);
+    return std::max(std::abs(errorX), std::abs(errorY)) <= kBoundPerCoordinate;
 }
 
 }  // namespace

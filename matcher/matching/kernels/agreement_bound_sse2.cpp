@@ -2,6 +2,8 @@
 
 #if defined(__SSE2__)
 
+#include <limits>
+
 #include <emmintrin.h>
 
 namespace orl::matcher::sse2 {
@@ -13,11 +15,13 @@ __m128i load(const std::int16_t* values) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(values));
 }
 
-__m128i sizeOf(__m128i values) {
-    return _mm_max_epi16(values, _mm_sub_epi16(_mm_setzero_si128(), values));
-}
+// Errors are shifted so that those within the limit are the lowest of all 16-bit numbers, up to
+// kHighest: an error of -kBoundPerCoordinate comes first.
+constexpr int kLowest = std::numeric_limits<std::int16_t>::min();
+constexpr auto kShift = static_cast<std::int16_t>(kLowest + kBoundPerCoordinate);
+constexpr auto kHighest = static_cast<std::int16_t>(kLowest + 2 * kBoundPerCoordinate);
 
-// A pair's two vertices as seen from the anchor's.
+// A pair's two vertices as seen from the anchor's, the second one's coordinates less the shift.
 struct Offsets {
     __m128i firstX, firstY, secondX, secondY;
 };
@@ -30,31 +34,40 @@ struct Turn {
         : cosine(_mm_set1_epi16(turn.cosine)), sine(_mm_set1_epi16(turn.sine)) {}
 };
 
-// All ones in the lanes whose pair is too far off. Sums of two sizes may leave 16 bits; saturation
-// keeps them above the limit.
-__m128i tooFar(const Offsets& offsets, const Turn& turn) {
+// All ones in the lanes whose pair may agree.
+__m128i mayAgree(const Offsets& offsets, const Turn& turn) {
     const __m128i turnedX = _mm_sub_epi16(_mm_mulhi_epi16(offsets.firstX, turn.cosine),
                                           _mm_mulhi_epi16(offsets.firstY, turn.sine));
     const __m128i turnedY = _mm_add_epi16(_mm_mulhi_epi16(offsets.firstX, turn.sine),
                                           _mm_mulhi_epi16(offsets.firstY, turn.cosine));
-    const __m128i sizeX = sizeOf(_mm_sub_epi16(turnedX, offsets.secondX));
-    const __m128i sizeY = sizeOf(_mm_sub_epi16(turnedY, offsets.secondY));
-    return _mm_or_si128(
-        _mm_cmpgt_epi16(_mm_max_epi16(sizeX, sizeY), _mm_set1_epi16(kBoundPerCoordinate)),
-        _mm_cmpgt_epi16(_mm_adds_epi16(sizeX, sizeY), _mm_set1_epi16(kBoundBothCoordinates)));
+    const __m128i error = _mm_max_epi16(_mm_sub_epi16(turnedX, offsets.secondX),
+                                        _mm_sub_epi16(turnedY, offsets.secondY));
+    return _mm_cmpgt_epi16(_mm_set1_epi16(kHighest + 1), error);
 }
 
-// All ones in the lanes from `count` on, which lie behind a task's last pair.
-__m128i lanesFrom(int count) {
-    return _mm_cmpgt_epi16(_mm_set_epi16(8, 7, 6, 5, 4, 3, 2, 1),
-                           _mm_set1_epi16(static_cast<std::int16_t>(count)));
+// All ones in the first `count` lanes, 0..kLanes.
+__m128i firstLanes(std::size_t count) {
+    alignas(32) static constexpr std::array<std::int16_t, 2 * kLanes> kOnesThenZeros = {
+        -1, -1, -1, -1, -1, -1, -1, -1};
+    return load(kOnesThenZeros.data() + kLanes - count);
 }
 
-std::uint16_t sumOfLanes(__m128i counts) {
-    __m128i sum = _mm_madd_epi16(counts, _mm_set1_epi16(1));
-    sum = _mm_add_epi32(sum, _mm_shuffle_epi32(sum, _MM_SHUFFLE(1, 0, 3, 2)));
+Offsets offsetsFrom(const Offsets& anchor, const BoundPositions& positions, std::size_t i) {
+    return {_mm_sub_epi16(anchor.firstX, load(positions.firstX64 + i)),
+            _mm_sub_epi16(anchor.firstY, load(positions.firstY64 + i)),
+            _mm_sub_epi16(anchor.secondX, load(positions.secondX32 + i)),
+            _mm_sub_epi16(anchor.secondY, load(positions.secondY32 + i))};
+}
+
+// Writes the two sums of lanes.
+void writeSums(__m128i counts, __m128i otherCounts, std::uint16_t* sums) {
+    const __m128i one = _mm_set1_epi16(1);
+    const __m128i both =
+        _mm_packs_epi32(_mm_madd_epi16(counts, one), _mm_madd_epi16(otherCounts, one));
+    __m128i sum = _mm_madd_epi16(both, one);
     sum = _mm_add_epi32(sum, _mm_shuffle_epi32(sum, _MM_SHUFFLE(2, 3, 0, 1)));
-    return static_cast<std::uint16_t>(_mm_cvtsi128_si32(sum));
+    sums[0] = static_cast<std::uint16_t>(_mm_extract_epi16(sum, 0));
+    sums[1] = static_cast<std::uint16_t>(_mm_extract_epi16(sum, 4));
 }
 
 }  // namespace
@@ -63,31 +76,30 @@ void agreementBounds(const BoundPositions& positions,
                      std::span<const BoundTask> tasks,
                      std::span<std::uint16_t> bounds) {
     std::uint16_t* bound = bounds.data();
+    const __m128i shift = _mm_set1_epi16(kShift);
     for (const BoundTask& task : tasks) {
-        const __m128i firstX = _mm_set1_epi16(positions.firstX64[task.anchor]);
-        const __m128i firstY = _mm_set1_epi16(positions.firstY64[task.anchor]);
-        const __m128i secondX = _mm_set1_epi16(positions.secondX32[task.anchor]);
-        const __m128i secondY = _mm_set1_epi16(positions.secondY32[task.anchor]);
+        const Offsets anchor{
+            _mm_set1_epi16(positions.firstX64[task.anchor]),
+            _mm_set1_epi16(positions.firstY64[task.anchor]),
+            _mm_sub_epi16(_mm_set1_epi16(positions.secondX32[task.anchor]), shift),
+            _mm_sub_epi16(_mm_set1_epi16(positions.secondY32[task.anchor]), shift)};
         const Turn turn(task.turns[0]);
         const Turn otherTurn(task.turns[1]);
-        __m128i agreeing = _mm_setzero_si128();
-        __m128i otherAgreeing = _mm_setzero_si128();
+        __m128i counts = _mm_setzero_si128();
+        __m128i otherCounts = _mm_setzero_si128();
         std::size_t i = task.begin;
-        for (int left = task.count; left > 0; left -= static_cast<int>(kLanes), i += kLanes) {
-            const Offsets offsets{_mm_sub_epi16(load(positions.firstX64 + i), firstX),
-                                  _mm_sub_epi16(load(positions.firstY64 + i), firstY),
-                                  _mm_sub_epi16(load(positions.secondX32 + i), secondX),
-                                  _mm_sub_epi16(load(positions.secondY32 + i), secondY)};
-            const __m128i behind = lanesFrom(left);
-            const __m128i one = _mm_set1_epi16(1);
-            agreeing = _mm_add_epi16(
-                agreeing, _mm_andnot_si128(_mm_or_si128(tooFar(offsets, turn), behind), one));
-            otherAgreeing = _mm_add_epi16(
-                otherAgreeing,
-                _mm_andnot_si128(_mm_or_si128(tooFar(offsets, otherTurn), behind), one));
+        const std::size_t end = i + task.count;
+        for (; i + kLanes < end; i += kLanes) {
+            const Offsets offsets = offsetsFrom(anchor, positions, i);
+            counts = _mm_sub_epi16(counts, mayAgree(offsets, turn));
+            otherCounts = _mm_sub_epi16(otherCounts, mayAgree(offsets, otherTurn));
         }
-        *bound++ = sumOfLanes(agreeing);
-        *bound++ = sumOfLanes(otherAgreeing);
+        const Offsets offsets = offsetsFrom(anchor, positions, i);
+        const __m128i left = firstLanes(end - i);
+        counts = _mm_sub_epi16(counts, _mm_and_si128(mayAgree(offsets, turn), left));
+        otherCounts = _mm_sub_epi16(otherCounts, _mm_and_si128(mayAgree(offsets, otherTurn), left));
+        writeSums(counts, otherCounts, bound);
+        bound += 2;
     }
 }
 

@@ -26,8 +26,8 @@ constexpr AlignmentReference kReference = {.firstArea = 65536.0F,
 // A vote with all that it reads.
 class Vote {
   public:
-    explicit Vote(std::vector<MinutiaPair> pairs)
-        : pairs_(std::move(pairs)), scratch_(new Scratch), vote_(pairs_, *scratch_) {}
+    explicit Vote(std::vector<MinutiaPair> pairs, std::int32_t leastCount = 0)
+        : pairs_(std::move(pairs)), scratch_(new Scratch), vote_(pairs_, *scratch_, leastCount) {}
 
     const AlignmentVote* operator->() const { return &vote_; }
     const std::vector<MinutiaPair>& pairs() const { return pairs_; }
@@ -337,16 +337,17 @@ TEST(FindBestAlignment, TakesTheFirstOfManyHypothesesOfEqualCount) {
     EXPECT_EQ(best.rotation, 0);
 }
 
-// The bound of the last pair promises more than its count holds: it lies near enough in its bound's
-// coarser measure only.
+// Each of five pairs lies 17 units off the anchor along both axes: within the bound's square, but
+// 24 units away. They turn by 40 and more, so that only the anchor's hypotheses reckon with them.
 TEST(FindBestAlignment, IsNotLedAstrayByABoundAboveTheCount) {
-    std::vector<MinutiaPair> pairs = {Displaced(40, 40, 0, 0), Displaced(60, 60, 0, 0)};
+    std::vector<MinutiaPair> pairs = {Displaced(140, 140, 0, 0)};
     for (int i = 0; i < 5; ++i) {
-        // Turns 36 and more apart pass the coarse stretch of turns, not the relative test.
-        pairs.push_back(Displaced(60 + i, 150, 0, 0));
-        pairs.back().second.angle =
-            static_cast<std::uint8_t>(50 + (i % 2 == 0 ? 18 : -18) * (i + 1));
+        const int sign = i % 2 == 0 ? 1 : -1;
+        pairs.push_back(Displaced(20 + 50 * i, 20, 17 * sign, 17));
+        pairs.back().second.angle = static_cast<std::uint8_t>(50 + 30 * sign);
     }
+    pairs.push_back(Displaced(30, 220, 100, 0));
+    pairs.push_back(Displaced(30, 230, 100, 0));
     const Vote vote(pairs);
     const AlignmentHypothesis best = vote->findBestAlignment();
     const auto plain = naive::BestAlignment(test::AsPlain(pairs), 10, 20, false);
@@ -592,6 +593,29 @@ TEST(Alignment, BoundsItsCountsFromAbove) {
     EXPECT_GT(tight, 2);
 }
 
+// A least count up to the best one changes nothing; one above it leaves nothing of that count.
+TEST(Alignment, FindsAndRefinesTheSameWhateverLeastCountIsReached) {
+    for (std::uint32_t seed = 0; seed < 24; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        const auto pairs = CrowdedPairs(random, 5 + random() % 60, seed % 2 == 0 ? 200 : 20);
+        const Vote all(pairs);
+        const AlignmentEvaluation best = all.best();
+        for (std::int32_t least = 1; least <= best.count; ++least) {
+            const Vote vote(pairs, least);
+            ASSERT_EQ(vote.best(), best) << least;
+        }
+        const Vote vote(pairs, best.count);
+        EXPECT_EQ(vote.refined(), all.refined());
+        EXPECT_EQ(vote->anyRotationCountBound(), all->anyRotationCountBound());
+        const Vote none(pairs, best.count + 1);
+        EXPECT_LE(none->findBestAlignment().count, best.count);
+        const Vote beyond(pairs, all->anyRotationCountBound() + 1);
+        EXPECT_EQ(beyond->findBestAlignment().count, 0);
+        EXPECT_EQ(beyond->countBound(), 0);
+    }
+}
+
 TEST(Alignment, AgreesWithThePlainSearchAndRefinement) {
     int refinedForTheBetter = 0;
     for (std::uint32_t seed = 0; seed < 24; ++seed) {
@@ -610,6 +634,43 @@ TEST(Alignment, AgreesWithThePlainSearchAndRefinement) {
         refinedForTheBetter += vote.best() == vote.refined() ? 0 : 1;
     }
     EXPECT_GT(refinedForTheBetter, 5);
+}
+
+// Lists as hostile records may yield: all pairs at few spots, thousands of them, or of few turns.
+TEST(Alignment, AgreesWithThePlainSearchAndRefinementOnHostileLists) {
+    struct Case {
+        std::size_t count;
+        unsigned extent;
+        unsigned turns;
+    };
+    for (const Case& c : {Case{1500, 256, 256},
+                          Case{700, 3, 256},
+                          Case{600, 40, 2},
+                          Case{400, 1, 1},
+                          Case{300, 2, 40},
+                          Case{65, 1, 60},
+                          Case{64, 1, 1},
+                          Case{17, 30, 256}}) {
+        SCOPED_TRACE(testing::Message() << c.count << ", " << c.extent << ", " << c.turns);
+        std::mt19937 random(static_cast<std::uint32_t>(c.count));
+        const auto below = [&](unsigned limit) {
+            return static_cast<std::uint8_t>(random() % limit);
+        };
+        std::vector<MinutiaPair> pairs;
+        for (std::size_t i = 0; i < c.count; ++i) {
+            const std::uint8_t direction = below(256);
+            const auto other = static_cast<std::uint8_t>(direction + below(c.turns));
+            pairs.push_back({{below(c.extent), below(c.extent), direction, below(4)},
+                             {below(c.extent), below(c.extent), other, below(4)}});
+        }
+        const Vote vote(pairs);
+        const auto plainPairs = test::AsPlain(pairs);
+        // The refinement's start is the best alignment that the plain search finds without one.
+        ExpectEqual(vote.best(), naive::BestAlignment(plainPairs, 10, 20, false));
+        if (c.count <= 700) {
+            ExpectEqual(vote.refined(), naive::BestAlignment(plainPairs, 10, 20, true));
+        }
+    }
 }
 
 }  // namespace

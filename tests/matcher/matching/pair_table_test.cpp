@@ -1,6 +1,8 @@
 #include "matcher/matching/pair_table.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <memory>
 #include <random>
 #include <set>
@@ -8,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "matcher/matching/scaled_turns.h"
 #include "matcher/matching/scratch.h"
 
 namespace orl::matcher {
@@ -25,16 +28,28 @@ std::vector<MinutiaPair> RandomPairs(std::mt19937& random, std::size_t count, un
     return pairs;
 }
 
-int TurnOf(const MinutiaPair& pair) {
-    return (pair.second.angle - pair.first.angle + 256) % 256;
+// What the relative direction test says of the pairs' directions.
+bool PassTheRelativeTest(const MinutiaPair& anchor, const MinutiaPair& pair) {
+    const auto fold = [](int x, int y) { return x > y ? x - y : x - y + 255; };
+    const int apart = std::abs(fold(pair.first.angle, anchor.first.angle) -
+                               fold(pair.second.angle, anchor.second.angle));
+    return std::min(255 - apart, apart) < 36;
 }
 
-int TurnsApart(const MinutiaPair& a, const MinutiaPair& b) {
-    const int apart = (TurnOf(a) - TurnOf(b) + 256) % 256;
-    return std::min(apart, 256 - apart);
+// How often each pair, by its index, stands in the stretch of the pair of that index.
+std::vector<int> TimesMet(const PairTable& table, std::size_t anchor) {
+    const BoundTask& task = table.anchors()[anchor];
+    std::vector<int> times(table.size(), 0);
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        const std::size_t place = table.anchors()[i].anchor;
+        for (const std::size_t stand : {place, place + table.size()}) {
+            times[i] += stand >= task.begin && stand < task.begin + std::size_t{task.count} ? 1 : 0;
+        }
+    }
+    return times;
 }
 
-TEST(PairTable, HoldsEveryPairOnceALapWithItsPositions) {
+TEST(PairTable, GivesEveryPairAPlaceWithItsPositions) {
     std::mt19937 random(1);
     const auto pairs = RandomPairs(random, 200, 256);
     const auto scratch = std::make_unique<Scratch>();
@@ -42,18 +57,37 @@ TEST(PairTable, HoldsEveryPairOnceALapWithItsPositions) {
     ASSERT_EQ(table.size(), pairs.size());
     std::set<std::size_t> places;
     for (std::size_t i = 0; i < pairs.size(); ++i) {
-        const std::size_t place = table.placeOf(i);
+        const BoundTask& anchor = table.anchors()[i];
+        EXPECT_EQ(anchor.pair, i);
+        const std::size_t place = anchor.anchor;
         places.insert(place);
         ASSERT_LT(place, pairs.size());
-        for (const std::size_t lap : {place, place + pairs.size()}) {
-            EXPECT_EQ(table.at(lap), pairs[i]);
-            EXPECT_EQ(table.positions().firstX64[lap], 64 * pairs[i].first.x);
-            EXPECT_EQ(table.positions().firstY64[lap], 64 * pairs[i].first.y);
-            EXPECT_EQ(table.positions().secondX32[lap], 32 * pairs[i].second.x);
-            EXPECT_EQ(table.positions().secondY32[lap], 32 * pairs[i].second.y);
-        }
+        EXPECT_EQ(table.at(place), pairs[i]);
+        EXPECT_EQ(table.positions().firstX64[place], 64 * pairs[i].first.x);
+        EXPECT_EQ(table.positions().firstY64[place], 64 * pairs[i].first.y);
+        EXPECT_EQ(table.positions().secondX32[place], 32 * pairs[i].second.x);
+        EXPECT_EQ(table.positions().secondY32[place], 32 * pairs[i].second.y);
     }
     EXPECT_EQ(places.size(), pairs.size());
+}
+
+TEST(PairTable, RepeatsTheFirstPairsBehindTheLastAsFarAsStretchesReach) {
+    for (const unsigned turns : {256U, 120U, 40U}) {
+        std::mt19937 random(turns);
+        const auto pairs = RandomPairs(random, 200, turns);
+        const auto scratch = std::make_unique<Scratch>();
+        const PairTable table(pairs, *scratch);
+        for (const BoundTask& anchor : table.anchors()) {
+            for (std::size_t i = anchor.begin; i < std::size_t{anchor.begin} + anchor.count; ++i) {
+                const std::size_t place = i % pairs.size();
+                ASSERT_EQ(table.at(i), table.at(place));
+                ASSERT_EQ(table.positions().firstX64[i], table.positions().firstX64[place]);
+                ASSERT_EQ(table.positions().firstY64[i], table.positions().firstY64[place]);
+                ASSERT_EQ(table.positions().secondX32[i], table.positions().secondX32[place]);
+                ASSERT_EQ(table.positions().secondY32[i], table.positions().secondY32[place]);
+            }
+        }
+    }
 }
 
 TEST(PairTable, KeepsTheOrderOfPairsOfEqualTurn) {
@@ -62,11 +96,11 @@ TEST(PairTable, KeepsTheOrderOfPairsOfEqualTurn) {
     const auto scratch = std::make_unique<Scratch>();
     const PairTable table(pairs, *scratch);
     for (std::size_t i = 0; i < pairs.size(); ++i) {
-        EXPECT_EQ(table.placeOf(i), i);
+        EXPECT_EQ(table.anchors()[i].anchor, i);
     }
 }
 
-TEST(PairTable, FindsEveryPairWithin37TurnsOnceAndNoneBeyond43) {
+TEST(PairTable, HoldsInAStretchWhatPassesTheRelativeDirectionTestAndNothingElse) {
     for (const unsigned turns : {256U, 60U, 3U}) {
         for (const std::size_t count : {1U, 2U, 3U, 40U, 300U}) {
             SCOPED_TRACE(testing::Message() << count << " pairs, " << turns << " turns");
@@ -74,22 +108,58 @@ TEST(PairTable, FindsEveryPairWithin37TurnsOnceAndNoneBeyond43) {
             const auto pairs = RandomPairs(random, count, turns);
             const auto scratch = std::make_unique<Scratch>();
             const PairTable table(pairs, *scratch);
+            std::uint16_t longest = 0;
+            std::uint16_t shortest = 0xFFFF;
             for (std::size_t anchor = 0; anchor < count; ++anchor) {
-                const PairTable::Stretch stretch = table.alike(table.placeOf(anchor));
-                ASSERT_LE(stretch.begin + std::size_t{stretch.count}, 2 * count);
-                std::vector<int> timesMet(count, 0);
-                for (std::size_t i = 0; i < stretch.count; ++i) {
-                    ++timesMet[(stretch.begin + i) % count];
-                }
+                const std::vector<int> times = TimesMet(table, anchor);
                 for (std::size_t other = 0; other < count; ++other) {
-                    const int apart = TurnsApart(pairs[anchor], pairs[other]);
-                    const int times = timesMet[table.placeOf(other)];
-                    ASSERT_LE(times, 1);
-                    ASSERT_TRUE(apart > 37 || times == 1) << apart;
-                    // Ten bins of four turns either way, from any turn within a bin.
-                    ASSERT_TRUE(apart <= 43 || times == 0) << apart;
+                    ASSERT_EQ(times[other],
+                              PassTheRelativeTest(pairs[anchor], pairs[other]) ? 1 : 0);
                 }
+                longest = std::max(longest, table.anchors()[anchor].count);
+                shortest = std::min(shortest, table.anchors()[anchor].count);
             }
+            EXPECT_EQ(table.longestStretch(), longest);
+            EXPECT_EQ(table.shortestStretch(), shortest);
+        }
+    }
+}
+
+// Every turn against every other, the ends of the direction byte among them: 65536 pairs of
+// directions in lists of 1024, each with all first directions and four second ones.
+TEST(PairTable, HoldsThatForAllDirections) {
+    for (int second = 0; second < 256; second += 4) {
+        std::vector<MinutiaPair> pairs;
+        for (int first = 0; first < 256; ++first) {
+            for (int more = 0; more < 4; ++more) {
+                pairs.push_back({{1, 2, static_cast<std::uint8_t>(first), 0},
+                                 {3, 4, static_cast<std::uint8_t>(second + more), 0}});
+            }
+        }
+        const auto scratch = std::make_unique<Scratch>();
+        const PairTable table(pairs, *scratch);
+        for (std::size_t anchor = 0; anchor < pairs.size(); anchor += 61) {
+            const std::vector<int> times = TimesMet(table, anchor);
+            for (std::size_t other = 0; other < pairs.size(); ++other) {
+                ASSERT_EQ(times[other], PassTheRelativeTest(pairs[anchor], pairs[other]) ? 1 : 0)
+                    << second << ", " << anchor << " and " << other;
+            }
+        }
+    }
+}
+
+TEST(PairTable, KnowsTheTurnsOfBothHypothesesOfAPair) {
+    std::mt19937 random(5);
+    const auto pairs = RandomPairs(random, 300, 256);
+    const auto scratch = std::make_unique<Scratch>();
+    const PairTable table(pairs, *scratch);
+    const ScaledTurns& turns = ScaledTurns::Table();
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        const int rotation = pairs[i].second.angle - pairs[i].first.angle;
+        const std::array<int, 2> rotations = {rotation, (rotation + 128 + 256) % 256};
+        for (std::size_t h = 0; h < 2; ++h) {
+            EXPECT_EQ(table.anchors()[i].turns[h].cosine, turns[rotations[h]].cosine);
+            EXPECT_EQ(table.anchors()[i].turns[h].sine, turns[rotations[h]].sine);
         }
     }
 }
@@ -101,7 +171,7 @@ TEST(PairTable, LaysOutAsManyPairsAsTheLargestFingersCanYield) {
     const auto scratch = std::make_unique<Scratch>();
     const PairTable table(pairs, *scratch);
     for (std::size_t i = 0; i < pairs.size(); ++i) {
-        ASSERT_EQ(table.at(table.placeOf(i) + pairs.size()), pairs[i]);
+        ASSERT_EQ(table.at(table.anchors()[i].anchor), pairs[i]);
     }
 }
 

@@ -96,5 +96,29 @@ TEST(MayBeBetter, NeverDeniesAnythingToAZeroResult) {
     }
 }
 
+TEST(LeastUsefulMatched, IsTheFirstCountFromFourOnThatMayBeBetter) {
+    std::mt19937 random(6);
+    const auto below = [&](std::uint64_t limit) { return std::uint64_t{random()} % limit; };
+    int amongMany = 0;
+    for (int i = 0; i < 20000; ++i) {
+        const std::uint64_t countA = below(60);
+        const std::uint64_t countB = below(60);
+        const std::uint64_t bound = below(70);
+        const FingerMatchResult best{
+            .score = static_cast<std::uint16_t>(below(i % 2 == 0 ? 1001 : 250)),
+            .matchedCount = static_cast<std::uint16_t>(below(60))};
+        const std::uint64_t least = leastUsefulMatched(best, bound, countA, countB);
+        ASSERT_GE(least, 4U);
+        ASSERT_LE(least, std::max<std::uint64_t>(bound + 1, 4));
+        for (std::uint64_t matched = 4; matched <= bound; ++matched) {
+            ASSERT_EQ(mayBeBetter(best, matched, bound, countA, countB), matched >= least)
+                << "counts " << countA << ", " << countB << ", bound " << bound << ", matched "
+                << matched << ", best " << best.score << " by " << best.matchedCount;
+        }
+        amongMany += least > 4 && least <= bound ? 1 : 0;
+    }
+    EXPECT_GT(amongMany, 2000);
+}
+
 }  // namespace
 }  // namespace orl::matcher
