@@ -4,10 +4,10 @@
 #include <bit>
 #include <cassert>
 #include <cmath>
-#include <cstddef>
 
 #include "matcher/features/angles.h"
 #include "matcher/features/lookup_tables.h"
+#include "matcher/matching/kernels/pair_boxes.h"
 #include "matcher/matching/scaled_turns.h"
 
 namespace orl::matcher {
@@ -17,6 +17,7 @@ constexpr int kAnchorDirectionRejectedFromSteps = 44;  // axial, after the rotat
 constexpr float kDegreesPerStep = 1.40625F;            // 360 / 256
 constexpr float kStepsPerDegree = 0.7111111F;          // 256 / 360
 constexpr std::size_t kHypothesesPerPair = 2;
+constexpr std::size_t kAlignmentsPerTask = 2;
 
 // The refinement's turns, -24 to 24 degrees in steps of 2, in direction steps rounded to nearest.
 // The last one stands there twice, to make up two alignments a task; as the later of equal ones it
@@ -39,39 +40,6 @@ constexpr std::array<int, kRefinedSlots> kRefinedSteps = [] {
 std::uint8_t reducedTurn(int steps) {
     return static_cast<std::uint8_t>(steps);
 }
-
-// Bounding boxes of pairs' first and second vertices, on the grid. All bytes of the pairs are
-// ranged over, which is quicker than picking the coordinates.
-class PairBoxes {
-  public:
-    explicit PairBoxes(const MinutiaPair& pair) : least_(bytesOf(pair)), most_(least_) {}
-
-    void extend(const MinutiaPair& pair) {
-        const Bytes bytes = bytesOf(pair);
-        for (std::size_t i = 0; i < bytes.size(); ++i) {
-            least_[i] = std::min(least_[i], bytes[i]);
-            most_[i] = std::max(most_[i], bytes[i]);
-        }
-    }
-
-    // In grid units squared; a single position covers 1. At most 65536, so exact as a float.
-    float firstArea() const { return area(offsetof(MinutiaPair, first)); }
-    float secondArea() const { return area(offsetof(MinutiaPair, second)); }
-
-  private:
-    using Bytes = std::array<std::uint8_t, sizeof(MinutiaPair)>;
-
-    static Bytes bytesOf(const MinutiaPair& pair) { return std::bit_cast<Bytes>(pair); }
-
-    float area(std::size_t vertex) const {
-        const std::size_t x = vertex + offsetof(TriangleVertex, x);
-        const std::size_t y = vertex + offsetof(TriangleVertex, y);
-        return static_cast<float>((most_[x] - least_[x] + 1) * (most_[y] - least_[y] + 1));
-    }
-
-    Bytes least_;
-    Bytes most_;
-};
 
 // Angle between the pair's directions, as undirected lines, once the first one is turned; steps.
 int directionResidual(std::int16_t rotation, const MinutiaPair& pair) {
@@ -115,15 +83,18 @@ float medianResidual(std::span<float> squared) {
 // The direction residuals of some pairs: how often each number of steps occurs.
 class DirectionResiduals {
   public:
-    void add(int steps) { ++counts_[static_cast<std::size_t>(steps)]; }
+    void add(int steps) {
+        ++counts_[static_cast<std::size_t>(steps)];
+        ++size_;
+    }
 
     // As above, in degrees.
-    float median(std::size_t size) const {
-        if (size == 0) {
+    float median() const {
+        if (size_ == 0) {
             return 0.0F;
         }
-        const float middle = degreesOfRank(size / 2);
-        return size % 2 != 0 ? middle : (degreesOfRank(size / 2 - 1) + middle) * 0.5F;
+        const float middle = degreesOfRank(size_ / 2);
+        return size_ % 2 != 0 ? middle : (degreesOfRank(size_ / 2 - 1) + middle) * 0.5F;
     }
 
   private:
@@ -136,6 +107,7 @@ class DirectionResiduals {
     }
 
     std::array<std::uint16_t, kAnchorDirectionRejectedFromSteps> counts_{};
+    std::size_t size_ = 0;
 };
 
 float overlap(float area, float referenceArea) {
@@ -184,7 +156,8 @@ AlignmentReference alignmentReference(std::span<const MinutiaPair> pairs,
     for (const MinutiaPair& pair : pairs) {
         boxes.extend(pair);
     }
-    return {boxes.firstArea(), boxes.secondArea(), firstMinutiaCount, secondMinutiaCount};
+    const PairBoxAreas areas = boxes.areas();
+    return {areas.first, areas.second, firstMinutiaCount, secondMinutiaCount};
 }
 
 AlignmentVote::AlignmentVote(std::span<const MinutiaPair> pairs,
@@ -193,7 +166,6 @@ AlignmentVote::AlignmentVote(std::span<const MinutiaPair> pairs,
     : pairs_(pairs),
       scratch_(scratch),
       table_(pairs, scratch),
-      boundsOf_(fastestAgreementBounds()),
       nearPairsOf_(fastestNearPairs()),
       tasks_(tasksReaching(leastCount)),
       bounds_(scratch.take<std::uint16_t>(kHypothesesPerPair * tasks_.size())),
@@ -201,10 +173,13 @@ AlignmentVote::AlignmentVote(std::span<const MinutiaPair> pairs,
       near_(scratch.take<std::uint64_t>(pairs.size() / kNearPairsWordBits + 1)),
       agreeingSquaredResiduals_(scratch.take<float>(pairs.size())) {
     assert(!pairs.empty());
-    boundsOf_(table_.positions(), tasks_, bounds_);
+    fastestAgreementBounds()(table_.positions(), tasks_, bounds_);
+    // As signed numbers, which are compared quicker; there are fewer than 32768 pairs.
+    std::int16_t most = 0;
     for (const std::uint16_t bound : bounds_) {
-        countBound_ = std::max(countBound_, std::int32_t{bound});
+        most = std::max(most, static_cast<std::int16_t>(bound));
     }
+    countBound_ = most;
 }
 
 // No count is greater than the number of pairs that pass the relative direction test.
@@ -256,23 +231,29 @@ float AlignmentVote::coverage(const BoundTask& anchor,
                               const AlignmentReference& reference) const {
     PairBoxes boxes(pairs_[anchor.pair]);
     forEachBit(agreeing, [&](std::size_t bit) { boxes.extend(table_.at(anchor.begin + bit)); });
-    return (overlap(boxes.firstArea(), reference.firstArea) +
-            overlap(boxes.secondArea(), reference.secondArea)) *
+    const PairBoxAreas areas = boxes.areas();
+    return (overlap(areas.first, reference.firstArea) +
+            overlap(areas.second, reference.secondArea)) *
            0.5F;
 }
 
 // Reads the residuals that nearPairs has left.
-void AlignmentVote::addMedians(const BoundTask& anchor,
-                               std::span<const std::uint64_t> agreeing,
-                               AlignmentEvaluation& evaluation) const {
-    DirectionResiduals directions;
+float AlignmentVote::distanceMedian(std::span<const std::uint64_t> agreeing) const {
     std::size_t size = 0;
     forEachBit(agreeing, [&](std::size_t bit) {
         agreeingSquaredResiduals_[size++] = squaredResiduals_[bit];
-        directions.add(directionResidual(evaluation.rotation, table_.at(anchor.begin + bit)));
     });
-    evaluation.distanceMedian = medianResidual(agreeingSquaredResiduals_.first(size));
-    evaluation.angleMedian = directions.median(size);
+    return medianResidual(agreeingSquaredResiduals_.first(size));
+}
+
+float AlignmentVote::angleMedian(const BoundTask& anchor,
+                                 std::int16_t rotation,
+                                 std::span<const std::uint64_t> agreeing) const {
+    DirectionResiduals directions;
+    forEachBit(agreeing, [&](std::size_t bit) {
+        directions.add(directionResidual(rotation, table_.at(anchor.begin + bit)));
+    });
+    return directions.median();
 }
 
 AlignmentEvaluation AlignmentVote::evaluateAlignment(std::uint32_t anchor,
@@ -287,7 +268,8 @@ AlignmentEvaluation AlignmentVote::evaluateAlignment(std::uint32_t anchor,
     if (depth == EvaluationDepth::kWithStatistics) {
         evaluation.coverage = coverage(task, near, reference);
         evaluation.matchedRatio = matchedRatio(evaluation.count, reference);
-        addMedians(task, near, evaluation);
+        evaluation.distanceMedian = distanceMedian(near);
+        evaluation.angleMedian = angleMedian(task, rotation, near);
     }
     return evaluation;
 }
@@ -335,7 +317,7 @@ std::span<const std::uint16_t> AlignmentVote::boundsOfAll() const {
         return bounds_;
     }
     const auto bounds = scratch_.take<std::uint16_t>(kHypothesesPerPair * anchors.size());
-    boundsOf_(table_.positions(), anchors, bounds);
+    fastestAgreementBounds()(table_.positions(), anchors, bounds);
     return bounds;
 }
 
@@ -390,29 +372,29 @@ AlignmentVote::Ranking AlignmentVote::rankHypotheses() const {
 
 // Evaluates an alignment as far as it takes to tell whether it is better than the leader.
 void AlignmentVote::challenge(Leader& leader,
-                              std::uint32_t anchor,
-                              std::int16_t rotation,
+                              const Refined& refined,
                               std::size_t order,
                               const AlignmentReference& reference) const {
-    const BoundTask& task = table_.anchors()[anchor];
-    const std::span<std::uint64_t> near = nearPairs(task, rotation);
+    const BoundTask& task = table_.anchors()[refined.anchor];
+    const std::span<std::uint64_t> near = nearPairs(task, refined.rotation);
     if (bitsIn(near) < leader.evaluation.count) {
         return;
     }
-    Leader challenger{{.anchor = anchor, .rotation = rotation}, order, false};
+    Leader challenger{{.anchor = refined.anchor, .rotation = refined.rotation}, order, false};
     AlignmentEvaluation& evaluation = challenger.evaluation;
-    evaluation.count = keepAgreeing(task, rotation, near);
+    evaluation.count = keepAgreeing(task, refined.rotation, near);
     if (evaluation.count < leader.evaluation.count) {
         return;
     }
     evaluation.coverage = coverage(task, near, reference);
     evaluation.matchedRatio = matchedRatio(evaluation.count, reference);
-    const bool medianDecides = evaluation.count == leader.evaluation.count &&
-                               evaluation.coverage == leader.evaluation.coverage;
-    if (medianDecides) {
-        addMedians(task, near, evaluation);
-        challenger.hasMedians = true;
+    if (evaluation.count == leader.evaluation.count &&
+        evaluation.coverage == leader.evaluation.coverage) {
+        evaluation.distanceMedian = distanceMedian(near);
         complete(leader, reference);
+        if (evaluation.distanceMedian == leader.evaluation.distanceMedian) {
+            complete(challenger, reference);
+        }
     }
     const bool isBetter = isBetterEvaluation(evaluation, leader.evaluation);
     const bool isTie = !isBetter && !isBetterEvaluation(leader.evaluation, evaluation);
@@ -434,41 +416,40 @@ void AlignmentVote::complete(Leader& leader, const AlignmentReference& reference
 void AlignmentVote::refineAlignment(AlignmentEvaluation& best,
                                     const AlignmentReference& reference) const {
     const Ranking ranking = rankHypotheses();
-    const auto rotations = scratch_.take<std::int16_t>(kRefinedSlots * ranking.size);
-    for (std::size_t slot = 0; slot < rotations.size(); ++slot) {
-        const int rotation = ranking.hypotheses[slot / kRefinedSlots].rotation;
-        rotations[slot] = reducedTurn(rotation + kRefinedSteps[slot % kRefinedSlots]);
+    const auto refined = scratch_.take<Refined>(kRefinedSlots * ranking.size);
+    auto next = refined.begin();
+    for (std::size_t i = 0; i < ranking.size; ++i) {
+        for (const int steps : kRefinedSteps) {
+            const AlignmentHypothesis& hypothesis = ranking.hypotheses[i];
+            *next++ = {hypothesis.anchor, reducedTurn(hypothesis.rotation + steps)};
+        }
     }
-    const std::span<const std::uint16_t> bounds = boundsOfRotations(ranking, rotations);
+    const std::span<const std::uint16_t> bounds = boundsOf(refined);
     Leader leader{best, 0, true};
-    const auto tryOut = [&](std::size_t slot) {
-        const std::uint32_t anchor = ranking.hypotheses[slot / kRefinedSlots].anchor;
-        challenge(leader, anchor, rotations[slot], slot + 1, reference);
-    };
     // The most promising one sets the mark for the others.
     const auto first =
         static_cast<std::size_t>(std::max_element(bounds.begin(), bounds.end()) - bounds.begin());
-    tryOut(first);
-    for (std::size_t slot = 0; slot < rotations.size(); ++slot) {
-        if (std::int32_t{bounds[slot]} >= leader.evaluation.count && slot != first) {
-            tryOut(slot);
+    challenge(leader, refined[first], first + 1, reference);
+    for (std::size_t i = 0; i < refined.size(); ++i) {
+        if (std::int32_t{bounds[i]} >= leader.evaluation.count && i != first) {
+            challenge(leader, refined[i], i + 1, reference);
         }
     }
     complete(leader, reference);
     best = leader.evaluation;
 }
 
-std::span<const std::uint16_t> AlignmentVote::boundsOfRotations(
-    const Ranking& ranking, std::span<const std::int16_t> rotations) const {
+std::span<const std::uint16_t> AlignmentVote::boundsOf(std::span<const Refined> refined) const {
     const ScaledTurns& turns = ScaledTurns::Table();
-    const auto tasks = scratch_.take<BoundTask>(rotations.size() / kHypothesesPerPair);
+    const auto tasks = scratch_.take<BoundTask>(refined.size() / kAlignmentsPerTask);
     for (std::size_t i = 0; i < tasks.size(); ++i) {
-        const std::size_t slot = kHypothesesPerPair * i;
-        tasks[i] = table_.anchors()[ranking.hypotheses[slot / kRefinedSlots].anchor];
-        tasks[i].turns = {turns[rotations[slot]], turns[rotations[slot + 1]]};
+        const Refined& one = refined[kAlignmentsPerTask * i];
+        const Refined& other = refined[kAlignmentsPerTask * i + 1];
+        tasks[i] = table_.anchors()[one.anchor];
+        tasks[i].turns = {turns[one.rotation], turns[other.rotation]};
     }
-    const auto bounds = scratch_.take<std::uint16_t>(rotations.size());
-    boundsOf_(table_.positions(), tasks, bounds);
+    const auto bounds = scratch_.take<std::uint16_t>(refined.size());
+    fastestTightAgreementBounds()(table_.positions(), tasks, bounds);
     return bounds;
 }
 

@@ -87,6 +87,12 @@ class AlignmentVote {
         void insert(const AlignmentHypothesis& challenger, std::size_t index);
     };
 
+    // An alignment that a refinement tries.
+    struct Refined {
+        std::uint32_t anchor;
+        std::int16_t rotation;
+    };
+
     // The best evaluation so far of a refinement; the medians follow when they are asked for.
     struct Leader {
         AlignmentEvaluation evaluation;
@@ -103,17 +109,16 @@ class AlignmentVote {
     float coverage(const BoundTask& anchor,
                    std::span<const std::uint64_t> agreeing,
                    const AlignmentReference& reference) const;
-    void addMedians(const BoundTask& anchor,
-                    std::span<const std::uint64_t> agreeing,
-                    AlignmentEvaluation& evaluation) const;
+    float distanceMedian(std::span<const std::uint64_t> agreeing) const;
+    float angleMedian(const BoundTask& anchor,
+                      std::int16_t rotation,
+                      std::span<const std::uint64_t> agreeing) const;
     std::span<const std::uint16_t> boundsOfAll() const;
     std::span<const std::uint32_t> byBound(std::span<const std::uint16_t> bounds) const;
     Ranking rankHypotheses() const;
-    std::span<const std::uint16_t> boundsOfRotations(const Ranking& ranking,
-                                                     std::span<const std::int16_t> rotations) const;
+    std::span<const std::uint16_t> boundsOf(std::span<const Refined> refined) const;
     void challenge(Leader& leader,
-                   std::uint32_t anchor,
-                   std::int16_t rotation,
+                   const Refined& refined,
                    std::size_t order,
                    const AlignmentReference& reference) const;
     void complete(Leader& leader, const AlignmentReference& reference) const;
@@ -121,7 +126,6 @@ class AlignmentVote {
     std::span<const MinutiaPair> pairs_;
     Scratch& scratch_;
     PairTable table_;
-    AgreementBounds boundsOf_;
     NearPairs nearPairsOf_;
     std::span<const BoundTask> tasks_;           // the anchors that can reach the least count
     std::span<std::uint16_t> bounds_;            // two a task

@@ -4,6 +4,7 @@
 #include <cassert>
 #include <limits>
 
+#include "matcher/matching/kernels/running_sums.h"
 #include "matcher/matching/scaled_turns.h"
 
 namespace orl::matcher {
@@ -15,27 +16,24 @@ PairTable::PairTable(std::span<const MinutiaPair> pairs, Scratch& scratch)
     layOutPositions(scratch);
 }
 
-// Modulo 255: 0..254.
-std::size_t PairTable::turnOf(const MinutiaPair& pair) {
+// The turn modulo 255: 0..254. How often 255 goes into a number of 0..510 is told by its upper bits
+// once it is moved up by one, or by two from 256 on.
+std::uint8_t PairTable::turnOf(const MinutiaPair& pair) {
     constexpr int kStepsPerTurn = static_cast<int>(kTurns);
-    const int turn = pair.second.angle - pair.first.angle;
-    const int forward = turn < 0 ? turn + kStepsPerTurn : turn;
-    return static_cast<std::size_t>(forward == kStepsPerTurn ? 0 : forward);
+    constexpr unsigned kByteBits = 8;
+    const auto turn = static_cast<unsigned>(pair.second.angle - pair.first.angle + kStepsPerTurn);
+    const unsigned times = (turn + 1 + (turn >> kByteBits)) >> kByteBits;
+    return static_cast<std::uint8_t>(turn + times);
 }
 
 PairTable::Begins PairTable::countTurns(std::span<const MinutiaPair> pairs,
                                         std::span<std::uint8_t> turns) const {
     Begins begins{};
     for (std::size_t i = 0; i < pairs.size(); ++i) {
-        const std::size_t turn = turnOf(pairs[i]);
-        turns[i] = static_cast<std::uint8_t>(turn);
-        ++begins[turn + 1];
+        turns[i] = turnOf(pairs[i]);
+        ++begins[turns[i] + 1U];
     }
-    std::uint16_t before = 0;
-    for (std::size_t turn = 0; turn <= kTurns; ++turn) {
-        before = static_cast<std::uint16_t>(before + begins[turn]);
-        begins[turn] = before;
-    }
+    makeRunningSums(std::span(begins).first(kTurns + 1));
     for (std::size_t turn = 1; turn < kStretchTurns; ++turn) {
         begins[kTurns + turn] = static_cast<std::uint16_t>(begins[turn] + pairs.size());
     }

@@ -48,7 +48,7 @@ class PairTable {
     // Places of the first pair of each turn, and of the turns that stand behind the last again.
     using Begins = std::array<std::uint16_t, kTurns + kStretchTurns>;
 
-    static std::size_t turnOf(const MinutiaPair& pair);
+    static std::uint8_t turnOf(const MinutiaPair& pair);
     Begins countTurns(std::span<const MinutiaPair> pairs, std::span<std::uint8_t> turns) const;
     void sortByTurn(std::span<const MinutiaPair> pairs, Scratch& scratch);
     void layOutPositions(Scratch& scratch);

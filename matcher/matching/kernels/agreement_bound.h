@@ -1,9 +1,10 @@
 #pragma once
 
-// The innermost step of the vote on alignments: a quick upper bound of how many minutia pairs agree
-// with one, in 16-bit arithmetic. Forms with the same results: `plain` says what is computed,
-// `sse2` does it for eight pairs at a time and `avx2` for
-// sixteen; tests compare them.
+// The innermost step of the vote on alignments: quick upper bounds of how many minutia pairs agree
+// with one, in 16-bit arithmetic. The bound proper takes pairs within a square; the tight one, half
+// as dear again, within the circle that agreement is about, and is nearly always the count. Forms
+// with the same results: `plain` says what is computed, `sse2` does it for eight pairs at a time
+// and `avx2` for sixteen; tests compare them.
 
 #include <array>
 #include <cstddef>
@@ -36,6 +37,10 @@ struct ScaledTurn {
 // = 0.25) and scaled by 32767 in place of 32768 (361 * 32 / 32768 = 0.35). Together less than 2.6.
 inline constexpr std::int16_t kBoundPerCoordinate = 576 + 3;
 
+// The errors off by 1.6 and 2.6 are together off by less than 3.1: the residual's square, in 1/32
+// grid unit squared, stays within this.
+inline constexpr std::int32_t kBoundSquared = (576 + 4) * (576 + 4);
+
 // Two alignments about one anchor, and the pairs [begin, begin + count) that may agree with them.
 struct BoundTask {
     std::uint16_t anchor;  // where the anchor pair stands
@@ -46,12 +51,19 @@ struct BoundTask {
 };
 
 // Writes for each task and turn, in order, how many of the task's pairs may lie within 18 grid
-// units of where the alignment puts them, along x and along y: at least as many as lie that near.
-// The anchor counts itself when it is among them. `bounds` has room for two numbers a task.
+// units of where the alignment puts them (agreementBounds: along x and along y): at least as many
+// as do. The anchor counts itself when it is among them. `bounds` has room for two numbers a task.
+using AgreementBounds = void (*)(const BoundPositions& positions,
+                                 std::span<const BoundTask> tasks,
+                                 std::span<std::uint16_t> bounds);
+
 namespace plain {
 void agreementBounds(const BoundPositions& positions,
                      std::span<const BoundTask> tasks,
                      std::span<std::uint16_t> bounds);
+void tightAgreementBounds(const BoundPositions& positions,
+                          std::span<const BoundTask> tasks,
+                          std::span<std::uint16_t> bounds);
 }  // namespace plain
 
 #if defined(__SSE2__)
@@ -59,6 +71,9 @@ namespace sse2 {
 void agreementBounds(const BoundPositions& positions,
                      std::span<const BoundTask> tasks,
                      std::span<std::uint16_t> bounds);
+void tightAgreementBounds(const BoundPositions& positions,
+                          std::span<const BoundTask> tasks,
+                          std::span<std::uint16_t> bounds);
 }  // namespace sse2
 #endif
 
@@ -68,14 +83,15 @@ namespace avx2 {
 void agreementBounds(const BoundPositions& positions,
                      std::span<const BoundTask> tasks,
                      std::span<std::uint16_t> bounds);
+void tightAgreementBounds(const BoundPositions& positions,
+                          std::span<const BoundTask> tasks,
+                          std::span<std::uint16_t> bounds);
 }  // namespace avx2
 #endif
 
-// The fastest form that this processor runs. Windows keeps to 128 bits: compilers for it are known
+// The fastest forms that this processor runs. Windows keeps to 128 bits: compilers for it are known
 // to spill wider registers to a stack that is not aligned for them.
-using AgreementBounds = void (*)(const BoundPositions&,
-                                 std::span<const BoundTask>,
-                                 std::span<std::uint16_t>);
 AgreementBounds fastestAgreementBounds();
+AgreementBounds fastestTightAgreementBounds();
 
 }  // namespace orl::matcher

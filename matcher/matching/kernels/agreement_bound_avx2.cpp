@@ -19,11 +19,30 @@ ORL_AVX2 __m256i load(const std::int16_t* values) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(values));
 }
 
-// Errors are shifted so that those within the limit are the lowest of all 16-bit numbers, up to
-// kHighest: an error of -kBoundPerCoordinate comes first.
-constexpr int kLowest = std::numeric_limits<std::int16_t>::min();
-constexpr auto kShift = static_cast<std::int16_t>(kLowest + kBoundPerCoordinate);
-constexpr auto kHighest = static_cast<std::int16_t>(kLowest + 2 * kBoundPerCoordinate);
+// Each lane's pair may agree when both its errors are within the limit. They are shifted so that
+// those within it are the lowest of all 16-bit numbers: -kBoundPerCoordinate comes first.
+struct InSquare {
+    static constexpr int kLowest = std::numeric_limits<std::int16_t>::min();
+    static constexpr auto kShift = static_cast<std::int16_t>(kLowest + kBoundPerCoordinate);
+
+    ORL_AVX2 static __m256i test(__m256i errorX, __m256i errorY) {
+        constexpr auto kEnd = static_cast<std::int16_t>(kLowest + 2 * kBoundPerCoordinate + 1);
+        return _mm256_cmpgt_epi16(_mm256_set1_epi16(kEnd), _mm256_max_epi16(errorX, errorY));
+    }
+};
+
+// When the sum of their squares is.
+struct InCircle {
+    static constexpr std::int16_t kShift = 0;
+
+    ORL_AVX2 static __m256i test(__m256i errorX, __m256i errorY) {
+        const __m256i low = _mm256_unpacklo_epi16(errorX, errorY);
+        const __m256i high = _mm256_unpackhi_epi16(errorX, errorY);
+        const __m256i end = _mm256_set1_epi32(kBoundSquared + 1);
+        return _mm256_packs_epi32(_mm256_cmpgt_epi32(end, _mm256_madd_epi16(low, low)),
+                                  _mm256_cmpgt_epi32(end, _mm256_madd_epi16(high, high)));
+    }
+};
 
 // A pair's two vertices as seen from the anchor's, the second one's coordinates less the shift.
 struct Offsets {
@@ -39,14 +58,14 @@ struct Turn {
 };
 
 // All ones in the lanes whose pair may agree.
+template <typename Limit>
 ORL_AVX2 __m256i mayAgree(const Offsets& offsets, const Turn& turn) {
     const __m256i turnedX = _mm256_sub_epi16(_mm256_mulhi_epi16(offsets.firstX, turn.cosine),
                                              _mm256_mulhi_epi16(offsets.firstY, turn.sine));
     const __m256i turnedY = _mm256_add_epi16(_mm256_mulhi_epi16(offsets.firstX, turn.sine),
                                              _mm256_mulhi_epi16(offsets.firstY, turn.cosine));
-    const __m256i error = _mm256_max_epi16(_mm256_sub_epi16(turnedX, offsets.secondX),
-                                           _mm256_sub_epi16(turnedY, offsets.secondY));
-    return _mm256_cmpgt_epi16(_mm256_set1_epi16(kHighest + 1), error);
+    return Limit::test(_mm256_sub_epi16(turnedX, offsets.secondX),
+                       _mm256_sub_epi16(turnedY, offsets.secondY));
 }
 
 // All ones in the first `count` lanes, 0..kLanes.
@@ -78,13 +97,12 @@ ORL_AVX2 void writeSums(__m256i counts, __m256i otherCounts, std::uint16_t* sums
     sums[1] = static_cast<std::uint16_t>(_mm_extract_epi16(sum, 4));
 }
 
-}  // namespace
-
-ORL_AVX2 void agreementBounds(const BoundPositions& positions,
-                              std::span<const BoundTask> tasks,
-                              std::span<std::uint16_t> bounds) {
+template <typename Limit>
+ORL_AVX2 void boundTasks(const BoundPositions& positions,
+                         std::span<const BoundTask> tasks,
+                         std::span<std::uint16_t> bounds) {
     std::uint16_t* bound = bounds.data();
-    const __m256i shift = _mm256_set1_epi16(kShift);
+    const __m256i shift = _mm256_set1_epi16(Limit::kShift);
     for (const BoundTask& task : tasks) {
         const Offsets anchor{
             _mm256_set1_epi16(positions.firstX64[task.anchor]),
@@ -99,17 +117,31 @@ ORL_AVX2 void agreementBounds(const BoundPositions& positions,
         const std::size_t end = i + task.count;
         for (; i + kLanes < end; i += kLanes) {
             const Offsets offsets = offsetsFrom(anchor, positions, i);
-            counts = _mm256_sub_epi16(counts, mayAgree(offsets, turn));
-            otherCounts = _mm256_sub_epi16(otherCounts, mayAgree(offsets, otherTurn));
+            counts = _mm256_sub_epi16(counts, mayAgree<Limit>(offsets, turn));
+            otherCounts = _mm256_sub_epi16(otherCounts, mayAgree<Limit>(offsets, otherTurn));
         }
         const Offsets offsets = offsetsFrom(anchor, positions, i);
         const __m256i left = firstLanes(end - i);
-        counts = _mm256_sub_epi16(counts, _mm256_and_si256(mayAgree(offsets, turn), left));
-        otherCounts =
-            _mm256_sub_epi16(otherCounts, _mm256_and_si256(mayAgree(offsets, otherTurn), left));
+        counts = _mm256_sub_epi16(counts, _mm256_and_si256(mayAgree<Limit>(offsets, turn), left));
+        otherCounts = _mm256_sub_epi16(otherCounts,
+                                       _mm256_and_si256(mayAgree<Limit>(offsets, otherTurn), left));
         writeSums(counts, otherCounts, bound);
         bound += 2;
     }
+}
+
+}  // namespace
+
+ORL_AVX2 void agreementBounds(const BoundPositions& positions,
+                              std::span<const BoundTask> tasks,
+                              std::span<std::uint16_t> bounds) {
+    boundTasks<InSquare>(positions, tasks, bounds);
+}
+
+ORL_AVX2 void tightAgreementBounds(const BoundPositions& positions,
+                                   std::span<const BoundTask> tasks,
+                                   std::span<std::uint16_t> bounds) {
+    boundTasks<InCircle>(positions, tasks, bounds);
 }
 
 }  // namespace orl::matcher::avx2

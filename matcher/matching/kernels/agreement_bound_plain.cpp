@@ -12,17 +12,47 @@ int highProduct(int a, int b) {
     return (a * b) >> kHalfBits;
 }
 
-bool mayAgree(const BoundPositions& positions,
+struct Error {
+    int x, y;
+};
+
+Error errorOf(const BoundPositions& positions,
               std::size_t pair,
               std::size_t anchor,
               ScaledTurn turn) {
     const int dx = positions.firstX64[anchor] - positions.firstX64[pair];
     const int dy = positions.firstY64[anchor] - positions.firstY64[pair];
-    const int errorX = highProduct(dx, turn.cosine) - highProduct(dy, turn.sine) -
-                       (positions.secondX32[anchor] - positions.secondX32[pair]);
-    const int errorY = highProduct(dx, turn.sine) + highProduct(dy, turn.cosine) -
-                       (positions.secondY32[anchor] - positions.secondY32[pair]);
-    return std::max(std::abs(errorX), std::abs(errorY)) <= kBoundPerCoordinate;
+    return {highProduct(dx, turn.cosine) - highProduct(dy, turn.sine) -
+                (positions.secondX32[anchor] - positions.secondX32[pair]),
+            highProduct(dx, turn.sine) + highProduct(dy, turn.cosine) -
+                (positions.secondY32[anchor] - positions.secondY32[pair])};
+}
+
+bool isInSquare(Error error) {
+    return std::max(std::abs(error.x), std::abs(error.y)) <= kBoundPerCoordinate;
+}
+
+bool isInCircle(Error error) {
+    return error.x * error.x + error.y * error.y <= kBoundSquared;
+}
+
+template <typename MayAgree>
+void boundTasks(const BoundPositions& positions,
+                std::span<const BoundTask> tasks,
+                std::span<std::uint16_t> bounds,
+                MayAgree mayAgree) {
+    std::size_t next = 0;
+    for (const BoundTask& task : tasks) {
+        for (const ScaledTurn turn : task.turns) {
+            std::uint16_t agreeing = 0;
+            for (std::size_t i = 0; i < task.count; ++i) {
+                if (mayAgree(errorOf(positions, task.begin + i, task.anchor, turn))) {
+                    ++agreeing;
+                }
+            }
+            bounds[next++] = agreeing;
+        }
+    }
 }
 
 }  // namespace
@@ -30,18 +60,13 @@ bool mayAgree(const BoundPositions& positions,
 void agreementBounds(const BoundPositions& positions,
                      std::span<const BoundTask> tasks,
                      std::span<std::uint16_t> bounds) {
-    std::size_t next = 0;
-    for (const BoundTask& task : tasks) {
-        for (const ScaledTurn turn : task.turns) {
-            std::uint16_t agreeing = 0;
-            for (std::size_t i = 0; i < task.count; ++i) {
-                if (mayAgree(positions, task.begin + i, task.anchor, turn)) {
-                    ++agreeing;
-                }
-            }
-            bounds[next++] = agreeing;
-        }
-    }
+    boundTasks(positions, tasks, bounds, isInSquare);
+}
+
+void tightAgreementBounds(const BoundPositions& positions,
+                          std::span<const BoundTask> tasks,
+                          std::span<std::uint16_t> bounds) {
+    boundTasks(positions, tasks, bounds, isInCircle);
 }
 
 }  // namespace orl::matcher::plain
@@ -55,6 +80,16 @@ AgreementBounds fastestAgreementBounds() {
     return sse2::agreementBounds;
 #else
     return plain::agreementBounds;
+#endif
+}
+
+AgreementBounds fastestTightAgreementBounds() {
+#if defined(__SSE2__) && defined(__linux__)
+    return __builtin_cpu_supports("avx2") ? avx2::tightAgreementBounds : sse2::tightAgreementBounds;
+#elif defined(__SSE2__)
+    return sse2::tightAgreementBounds;
+#else
+    return plain::tightAgreementBounds;
 #endif
 }
 
