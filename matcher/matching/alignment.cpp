@@ -4,6 +4,8 @@
 #include <bit>
 #include <cassert>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 
 #include "matcher/features/angles.h"
 #include "matcher/features/lookup_tables.h"
@@ -45,6 +47,16 @@ std::uint8_t reducedTurn(int steps) {
 int directionResidual(std::int16_t rotation, const MinutiaPair& pair) {
     const std::uint8_t expected = reducedTurn(pair.first.angle + rotation);
     return AxialDifference(pair.second.angle, expected);
+}
+
+// Whether that residual is too large. On a circle of 255 lines are that far apart at 44 to 84
+// steps, and seen the other way round at 171 to 211.
+bool isDirectionRejected(std::int16_t rotation, const MinutiaPair& pair) {
+    constexpr unsigned kFirst = kAnchorDirectionRejectedFromSteps;
+    constexpr unsigned kLast = 128 - kFirst;
+    const int difference = pair.second.angle - reducedTurn(pair.first.angle + rotation);
+    const auto apart = static_cast<unsigned>(std::abs(difference));
+    return apart - kFirst <= kLast - kFirst || apart - (255 - kLast) <= kLast - kFirst;
 }
 
 // How many bits are set.
@@ -137,6 +149,30 @@ bool isBetterEvaluation(const AlignmentEvaluation& challenger, const AlignmentEv
     return challenger.angleMedian < best.angleMedian;
 }
 
+// The first index from `index` on with a bound of at least `least`, or the number of bounds.
+// REQUIRES: least and all bounds are in 0..32768.
+std::size_t nextReaching(std::span<const std::uint16_t> bounds,
+                         std::size_t index,
+                         std::int32_t least) {
+    // Four at a time: adding what `least` is short of 32768 brings those that reach it, and only
+    // those, to the highest bit of theirs.
+    constexpr std::uint64_t kOnes = 0x0001000100010001;
+    constexpr std::uint64_t kHighest = 0x8000;
+    constexpr std::size_t kAtOnce = sizeof(kOnes) / sizeof(bounds[0]);
+    const std::uint64_t missing = (kHighest - static_cast<std::uint64_t>(least)) * kOnes;
+    for (; index + kAtOnce <= bounds.size(); index += kAtOnce) {
+        std::uint64_t four = 0;
+        std::memcpy(&four, &bounds[index], sizeof(four));
+        if (((four + missing) & (kHighest * kOnes)) != 0) {
+            break;
+        }
+    }
+    while (index < bounds.size() && std::int32_t{bounds[index]} < least) {
+        ++index;
+    }
+    return index;
+}
+
 // Whether the first comes before the second when counts are ranked, highest first; of equal ones
 // the first hypothesis. `order` is the hypothesis's index.
 bool ranksBefore(std::int32_t count,
@@ -214,9 +250,8 @@ std::int32_t AlignmentVote::keepAgreeing(const BoundTask& anchor,
                                          std::int16_t rotation,
                                          std::span<std::uint64_t> near) const {
     forEachBit(near, [&](std::size_t bit) {
-        const int residual = directionResidual(rotation, table_.at(anchor.begin + bit));
-        const std::uint64_t isRejected = residual >= kAnchorDirectionRejectedFromSteps ? 1 : 0;
-        near[bit / kNearPairsWordBits] &= ~(isRejected << (bit % kNearPairsWordBits));
+        const bool isRejected = isDirectionRejected(rotation, table_.at(anchor.begin + bit));
+        near[bit / kNearPairsWordBits] ^= std::uint64_t{isRejected} << (bit % kNearPairsWordBits);
     });
     // The anchor may stand in its stretch with the turns behind the last.
     const std::size_t place =
@@ -293,12 +328,11 @@ AlignmentHypothesis AlignmentVote::findBestAlignment() const {
         return {};
     }
     // The most promising one sets the mark for the others.
-    auto bestIndex = static_cast<std::size_t>(
-        std::find(bounds_.begin(), bounds_.end(), countBound_) - bounds_.begin());
+    std::size_t bestIndex = nextReaching(bounds_, 0, countBound_);
     AlignmentHypothesis best = counted(tasks_, bestIndex);
-    for (std::size_t index = 0; index < bounds_.size(); ++index) {
-        if (std::int32_t{bounds_[index]} < best.count || index == bestIndex ||
-            !ranksBefore(bounds_[index], index, best.count, bestIndex)) {
+    for (std::size_t index = nextReaching(bounds_, 0, best.count); index < bounds_.size();
+         index = nextReaching(bounds_, index + 1, best.count)) {
+        if (index == bestIndex || !ranksBefore(bounds_[index], index, best.count, bestIndex)) {
             continue;
         }
         const AlignmentHypothesis challenger = counted(tasks_, index);
@@ -430,8 +464,9 @@ void AlignmentVote::refineAlignment(AlignmentEvaluation& best,
     const auto first =
         static_cast<std::size_t>(std::max_element(bounds.begin(), bounds.end()) - bounds.begin());
     challenge(leader, refined[first], first + 1, reference);
-    for (std::size_t i = 0; i < refined.size(); ++i) {
-        if (std::int32_t{bounds[i]} >= leader.evaluation.count && i != first) {
+    for (std::size_t i = nextReaching(bounds, 0, leader.evaluation.count); i < refined.size();
+         i = nextReaching(bounds, i + 1, leader.evaluation.count)) {
+        if (i != first) {
             challenge(leader, refined[i], i + 1, reference);
         }
     }

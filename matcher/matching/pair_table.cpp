@@ -27,40 +27,56 @@ std::uint8_t PairTable::turnOf(const MinutiaPair& pair) {
 }
 
 PairTable::Begins PairTable::countTurns(std::span<const MinutiaPair> pairs,
-                                        std::span<std::uint8_t> turns) const {
+                                        std::span<std::uint8_t> turns) {
     Begins begins{};
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         turns[i] = turnOf(pairs[i]);
         ++begins[turns[i] + 1U];
     }
-    makeRunningSums(std::span(begins).first(kTurns + 1));
-    for (std::size_t turn = 1; turn < kStretchTurns; ++turn) {
-        begins[kTurns + turn] = static_cast<std::uint16_t>(begins[turn] + pairs.size());
-    }
+    makeRunningSums(begins);
     return begins;
+}
+
+// A stretch that reaches beyond the last turn goes on with the first ones behind it, and one that
+// begins before the first turn begins with the last ones.
+PairTable::Stretches PairTable::stretchesOf(const Begins& begins) {
+    constexpr std::size_t kEnd = kReachSteps + 1;  // turns from a pair's own to its stretch's end
+    const std::uint16_t size = begins[kTurns];
+    Stretches stretches;
+    for (std::size_t turn = 0; turn < kReachSteps; ++turn) {
+        stretches.begins[turn] = begins[turn + kTurns - kReachSteps];
+        stretches.counts[turn] =
+            static_cast<std::uint16_t>(begins[turn + kEnd] + size - stretches.begins[turn]);
+    }
+    for (std::size_t turn = kReachSteps; turn <= kTurns - kEnd; ++turn) {
+        stretches.begins[turn] = begins[turn - kReachSteps];
+        stretches.counts[turn] =
+            static_cast<std::uint16_t>(begins[turn + kEnd] - stretches.begins[turn]);
+    }
+    for (std::size_t turn = kTurns - kEnd + 1; turn < kTurns; ++turn) {
+        stretches.begins[turn] = begins[turn - kReachSteps];
+        stretches.counts[turn] = static_cast<std::uint16_t>(begins[turn + kEnd - kTurns] + size -
+                                                            stretches.begins[turn]);
+    }
+    return stretches;
 }
 
 void PairTable::sortByTurn(std::span<const MinutiaPair> pairs, Scratch& scratch) {
     const std::span<std::uint8_t> turns = scratch.take<std::uint8_t>(pairs.size());
-    const Begins begins = countTurns(pairs, turns);
-    const std::size_t repeated = begins[kStretchTurns - 1];
+    Begins places = countTurns(pairs, turns);
+    const Stretches stretches = stretchesOf(places);
+    const std::size_t repeated = places[kStretchTurns - 1];
     sorted_ = scratch.take<MinutiaPair>(pairs.size() + repeated);
-    std::array<std::uint16_t, kTurns> next;
-    std::copy_n(begins.begin(), next.size(), next.begin());
     std::uint16_t longest = 0;
     std::uint16_t shortest = std::numeric_limits<std::uint16_t>::max();
     const ScaledTurns& scaledTurns = ScaledTurns::Table();
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         const MinutiaPair& pair = pairs[i];
-        const std::size_t turn = turns[i];
-        const std::size_t first = turn < kReachSteps ? turn + kTurns - kReachSteps  //
-                                                     : turn - kReachSteps;
-        const std::uint16_t begin = begins[first];
-        const auto count = static_cast<std::uint16_t>(begins[first + kStretchTurns] - begin);
-        const std::uint16_t place = next[turn]++;
+        const std::uint16_t place = places[turns[i]]++;
+        const std::uint16_t count = stretches.counts[turns[i]];
         sorted_[place] = pair;
         anchors_[i] = {place,
-                       begin,
+                       stretches.begins[turns[i]],
                        count,
                        static_cast<std::uint16_t>(i),
                        scaledTurns.ofHypotheses(pair.second.angle - pair.first.angle)};
@@ -76,10 +92,11 @@ void PairTable::layOutPositions(Scratch& scratch) {
     constexpr int kFirstScale = 64;
     constexpr int kSecondScale = 32;
     const std::size_t entries = sorted_.size() + kBoundLanes;
-    const std::span<std::int16_t> firstX = scratch.take<std::int16_t>(entries);
-    const std::span<std::int16_t> firstY = scratch.take<std::int16_t>(entries);
-    const std::span<std::int16_t> secondX = scratch.take<std::int16_t>(entries);
-    const std::span<std::int16_t> secondY = scratch.take<std::int16_t>(entries);
+    const std::span<std::int16_t> all = scratch.take<std::int16_t>(4 * entries);
+    const std::span<std::int16_t> firstX = all.first(entries);
+    const std::span<std::int16_t> firstY = all.subspan(entries, entries);
+    const std::span<std::int16_t> secondX = all.subspan(2 * entries, entries);
+    const std::span<std::int16_t> secondY = all.last(entries);
     for (std::size_t i = 0; i < sorted_.size(); ++i) {
         firstX[i] = static_cast<std::int16_t>(sorted_[i].first.x * kFirstScale);
         firstY[i] = static_cast<std::int16_t>(sorted_[i].first.y * kFirstScale);

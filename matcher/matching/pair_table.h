@@ -45,11 +45,18 @@ class PairTable {
     static constexpr std::size_t kReachSteps = 35;
     static constexpr std::size_t kStretchTurns = 2 * kReachSteps + 1;
 
-    // Places of the first pair of each turn, and of the turns that stand behind the last again.
-    using Begins = std::array<std::uint16_t, kTurns + kStretchTurns>;
+    // A run of places, for every turn.
+    struct Stretches {
+        std::array<std::uint16_t, kTurns> begins;
+        std::array<std::uint16_t, kTurns> counts;
+    };
+
+    // Places of the first pair of each turn, and of the end.
+    using Begins = std::array<std::uint16_t, kTurns + 1>;
 
     static std::uint8_t turnOf(const MinutiaPair& pair);
-    Begins countTurns(std::span<const MinutiaPair> pairs, std::span<std::uint8_t> turns) const;
+    static Begins countTurns(std::span<const MinutiaPair> pairs, std::span<std::uint8_t> turns);
+    static Stretches stretchesOf(const Begins& begins);
     void sortByTurn(std::span<const MinutiaPair> pairs, Scratch& scratch);
     void layOutPositions(Scratch& scratch);
 
