@@ -80,11 +80,7 @@ class PairRanking {
         rank_(
             {context_.firstCodes.data(), context_.second.codes.data()}, candidates, ranks_.data());
         for (std::size_t m = 0; m < kOrientations; ++m) {
-            TrianglePairList& list = context_.trianglePairs[m];
-            list.reserveMore(candidates.size());
-            for (std::size_t i = 0; i < candidates.size(); ++i) {
-                list.appendIfAlike({ranks_[i][m], candidates[i].first, candidates[i].second});
-            }
+            context_.trianglePairs[m].appendAlike(candidates, ranks_.data(), m);
         }
     }
 
@@ -94,14 +90,16 @@ class PairRanking {
     void addWord(std::size_t first,
                  std::size_t offset,
                  const std::array<std::uint64_t, kCorners>& found) {
+        Candidate* next = candidates_.data() + count_;
         for (std::uint64_t left = found[0] | found[1] | found[2]; left != 0; left &= left - 1) {
             const auto bit = static_cast<unsigned>(std::countr_zero(left));
             const std::uint64_t orders = (found[0] >> bit & 1U) | (found[1] >> bit & 1U) << 1U |
                                          (found[2] >> bit & 1U) << 2U;
-            candidates_[count_++] = {static_cast<std::uint16_t>(first),
-                                     static_cast<std::uint16_t>(offset + bit),
-                                     static_cast<std::uint32_t>(orders)};
+            *next++ = {static_cast<std::uint16_t>(first),
+                       static_cast<std::uint16_t>(offset + bit),
+                       static_cast<std::uint32_t>(orders)};
         }
+        count_ = static_cast<std::size_t>(next - candidates_.data());
     }
 
     MatchContext& context_;

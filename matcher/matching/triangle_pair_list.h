@@ -3,12 +3,11 @@
 // The triangle pairs of one orientation, in a growing array.
 
 #include <algorithm>
-#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 
-#include "matcher/matching/kernels/pair_test.h"
+#include "matcher/matching/kernels/candidate_ranks.h"
 #include "matcher/matching/scratch.h"
 
 namespace orl::matcher {
@@ -22,8 +21,8 @@ struct alignas(8) TrianglePair {
 
 class TrianglePairList {
   public:
-    // An empty list with room for `capacity` pairs; its memory is taken from `scratch`, which must
-    // outlive it. Throws: std::bad_alloc.
+    // An empty list with room for some `capacity` pairs; its memory is taken from `scratch`, which
+    // must outlive it. Throws: std::bad_alloc.
     TrianglePairList(std::size_t capacity, Scratch& scratch)
         : scratch_(&scratch), room_(scratch.take<TrianglePair>(capacity)) {}
 
@@ -31,24 +30,31 @@ class TrianglePairList {
     std::span<const TrianglePair> pairs() const { return room_.first(size_); }
     std::size_t size() const { return size_; }
 
-    // Makes room for `count` more pairs. Throws: std::bad_alloc; the list stays as it was then.
+    // Appends those of the candidates whose triangles are alike in an orientation; `ranks` holds
+    // their ranks. Throws: std::bad_alloc; the list stays as it was then.
+    void appendAlike(std::span<const Candidate> candidates,
+                     const OrientationRanks* ranks,
+                     std::size_t orientation) {
+        reserveMore(candidates.size());
+        std::size_t size = size_;
+        for (const Candidate& candidate : candidates) {
+            const PairRank rank = (*ranks++)[orientation];
+            room_[size] = {rank, candidate.first, candidate.second};
+            size += static_cast<std::size_t>(rank != kNotAlike);
+        }
+        size_ = size;
+    }
+
+  private:
+    // One more than asked for: a pair is written before it is known to be kept.
     void reserveMore(std::size_t count) {
-        if (count > room_.size() - size_) {
-            const auto grown = scratch_->take<TrianglePair>(2 * room_.size() + count);
-            std::copy(
-                room_.begin(), room_.begin() + static_cast<std::ptrdiff_t>(size_), grown.begin());
+        if (count >= room_.size() - size_) {
+            const auto grown = scratch_->take<TrianglePair>(2 * room_.size() + count + 1);
+            std::copy_n(room_.begin(), size_, grown.begin());
             room_ = grown;
         }
     }
 
-    // Appends the pair if its triangles are alike. REQUIRES: room for one more pair.
-    void appendIfAlike(const TrianglePair& pair) {
-        assert(size_ < room_.size());
-        room_[size_] = pair;
-        size_ += static_cast<std::size_t>(pair.rank != kNotAlike);
-    }
-
-  private:
     Scratch* scratch_;
     std::span<TrianglePair> room_;
     std::size_t size_ = 0;

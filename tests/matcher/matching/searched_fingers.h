@@ -40,11 +40,15 @@ class FingersInMatch {
 
     // As if these pairs had been found.
     void setPairs(std::size_t orientation, std::span<const matcher::TrianglePair> pairs) {
+        std::vector<matcher::Candidate> candidates;
+        std::vector<matcher::OrientationRanks> ranks;
+        for (const matcher::TrianglePair& pair : pairs) {
+            candidates.push_back({pair.first, pair.second, 1});
+            ranks.push_back({pair.rank, pair.rank, pair.rank, pair.rank});
+        }
         matcher::TrianglePairList& list = context_->trianglePairs[orientation];
         list = matcher::TrianglePairList(pairs.size(), memory_->scratch);
-        for (const matcher::TrianglePair& pair : pairs) {
-            list.appendIfAlike(pair);
-        }
+        list.appendAlike(candidates, ranks.data(), orientation);
     }
 
   private:
