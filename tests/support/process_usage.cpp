@@ -1,5 +1,7 @@
 #include "tests/support/process_usage.h"
 
+#include <cstdint>
+
 #ifdef _WIN32
 #include <windows.h>
 // Needs the header above.
@@ -16,9 +18,15 @@ namespace orl::test {
 
 #ifdef _WIN32
 
+// Asks for each handle there may be, since GetProcessHandleCount is not the same everywhere.
 std::size_t OpenHandles() {
-    DWORD count = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &count);
+    constexpr std::uintptr_t kHandleStep = 4;  // handles are multiples of it
+    constexpr std::uintptr_t kHandlesEnd = 65536;
+    std::size_t count = 0;
+    for (std::uintptr_t handle = kHandleStep; handle < kHandlesEnd; handle += kHandleStep) {
+        DWORD flags = 0;
+        count += GetHandleInformation(reinterpret_cast<HANDLE>(handle), &flags) != 0 ? 1 : 0;
+    }
     return count;
 }
 
