@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # test.sh: installs what is missing, builds every preset and passes every test: Linux, Windows under
-# Wine, both with the file log sink, the sanitizer builds, and the format check.
+# Wine, both with the file log sink, the sanitizer builds, and the checks of
+# format and lint.
 # ORL_RECORDS may name a folder of real *.fmr records; tests that read them skip without it.
 # The last line is "N passed, N failed"; the exit status is 0 only when nothing failed.
 set -uo pipefail
@@ -70,6 +71,7 @@ done
 stage "benchmarks build" configure_and_build bench
 stage "fuzz targets build" configure_and_build fuzz
 stage "format" scripts/check_format.sh
+stage "lint" scripts/check_lint.sh
 
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]

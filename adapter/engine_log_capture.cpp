@@ -27,8 +27,6 @@ void EngineLog(const char* tag, const char* format, ...) noexcept {
     va_start(arguments, format);
     std::va_list again;
     va_copy(again, arguments);
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start is not known to the analyzer
-    // here
     const int length = std::vsnprintf(nullptr, 0, format, arguments);
     va_end(arguments);
     std::string message(length < 0 ? 0 : static_cast<std::size_t>(length), '\0');

@@ -58,7 +58,7 @@ using TriangleCorners = std::span<const SmallDelaunayMesh::Index>;
 void SortTriangles(TriangleCorners points, const Corner* corners, SortItem* sorted) {
     constexpr std::size_t kBuckets = 256;
     constexpr std::uint32_t kBucketShift = 32 - 8;
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): filled as far as it is read
+    // Uninitialised: filled as far as it is read
     std::array<SortItem, kMaxTriangles> items;
     const std::size_t count = points.size() / kHalfEdgesPerTriangle;
     assert(count <= kMaxTriangles);
@@ -103,12 +103,11 @@ void WriteTriangles(TriangleCorners points,
 // key stay in the order in which they were made.
 std::vector<TriangleFeature> MakeTriangles(std::span<const Minutia> minutiae,
                                            const ImageSize& imageSize) {
-    // NOLINTBEGIN(cppcoreguidelines-pro-type-member-init): filled as far as they are read
+    // Uninitialised: filled as far as they are read
     std::array<double, 2 * kMaxMinutiae> coordinates;
     std::array<TriangleVertex, kMaxMinutiae> vertices;
     std::array<Corner, kMaxMinutiae> corners;
     std::array<SortItem, kMaxTriangles> items;
-    // NOLINTEND(cppcoreguidelines-pro-type-member-init)
     const float scale =
         kGridUnits / static_cast<float>(std::max(imageSize.width, imageSize.height));
     for (std::size_t i = 0; i < minutiae.size(); ++i) {

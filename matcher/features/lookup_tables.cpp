@@ -38,8 +38,7 @@ const BearingTable& BearingTable::Table() {
     return table;
 }
 
-BearingTable::BearingTable() {  // NOLINT(cppcoreguidelines-pro-type-member-init): filled below,
-                                // entry by entry
+BearingTable::BearingTable() {
     std::size_t next = 0;
     for (int dy = -kReach; dy <= kReach; ++dy) {
         for (int dx = -kReach; dx <= kReach; ++dx) {
@@ -59,8 +58,7 @@ const QuarterTurnBearings& QuarterTurnBearings::Table() {
     return table;
 }
 
-QuarterTurnBearings::QuarterTurnBearings() {  // NOLINT(cppcoreguidelines-pro-type-member-init):
-                                              // filled below, entry by entry
+QuarterTurnBearings::QuarterTurnBearings() {
     const auto bearingByte = [](int dy, int dx) {
         const auto bearing = Bearing(static_cast<std::int16_t>(dy), static_cast<std::int16_t>(dx));
         return std::uint32_t{static_cast<std::uint8_t>(bearing)};
@@ -79,7 +77,7 @@ const DistanceTable& DistanceTable::Table() {
     return table;
 }
 
-DistanceTable::DistanceTable() {  // NOLINT(cppcoreguidelines-pro-type-member-init): filled below
+DistanceTable::DistanceTable() {
     for (std::size_t i = 0; i < kSquaredDistances; ++i) {
         entries_[i] = static_cast<std::uint8_t>(std::lround(std::sqrt(static_cast<double>(i))));
     }

@@ -11,6 +11,7 @@ namespace orl::matcher {
 // Pure; never throws. REQUIRES: 0 <= value < 2^31.
 inline int RoundHalfUp(float value) {
     assert(value >= 0.0F && value < 2147483648.0F);
+    // Right for what comes from a float. NOLINTNEXTLINE(bugprone-incorrect-roundings)
     return static_cast<int>(static_cast<double>(value) + 0.5);
 }
 

@@ -22,8 +22,8 @@ std::int16_t BearingFromCentre(const TriangleVertex& vertex, int centreX, int ce
                    static_cast<std::int16_t>(vertex.x - centreX));
 }
 
-constexpr std::int8_t SignedByte(std::uint8_t byte) {
-    return static_cast<std::int8_t>(byte);
+constexpr int SignedByte(std::uint8_t byte) {
+    return static_cast<int>(static_cast<std::int8_t>(byte));
 }
 
 }  // namespace

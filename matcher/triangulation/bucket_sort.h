@@ -53,7 +53,7 @@ void BucketSort(std::span<const Item> items, Item* sorted, BucketOf bucketOf, Le
     constexpr std::size_t kMaxItems = std::numeric_limits<std::uint8_t>::max();
     assert(items.size() <= kMaxItems);
     std::array<std::uint8_t, kBuckets> next{};  // where the bucket's next item goes
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): filled as far as it is read
+    // Uninitialised: filled as far as it is read
     std::array<std::uint8_t, kMaxItems> buckets;
     for (std::size_t k = 0; k < items.size(); ++k) {
         const std::size_t bucket = bucketOf(items[k]);

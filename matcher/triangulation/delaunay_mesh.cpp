@@ -203,10 +203,9 @@ template <typename Indices>
 template <typename Circle>
 void BasicDelaunayMesh<Indices>::SweepPoints(const Seed& seed) {
     if (PointCount() <= kInlinePoints) {
-        // NOLINTBEGIN(cppcoreguidelines-pro-type-member-init): filled as far as they are read
+        // Uninitialised: filled as far as they are read
         std::array<RankedPoint, kInlinePoints> ranked;
         std::array<RankedPoint, kInlinePoints> sorted;
-        // NOLINTEND(cppcoreguidelines-pro-type-member-init)
         const double largestDistance =
             RankPoints(points_, centre_, hashSize_, ranked.data(), hullKeys_.begin());
         SortFewPoints(

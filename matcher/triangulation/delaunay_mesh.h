@@ -82,7 +82,7 @@ class BasicDelaunayMesh {
 
     // An empty mesh over the points, for the constructor and for tests of the primitives.
     struct Unbuilt {};
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): arrays fill as the mesh grows
+    // Uninitialised: arrays fill as the mesh grows
     BasicDelaunayMesh(std::span<const double> points, Unbuilt /*tag*/) : points_(points) {}
 
     Point PointAt(PointIndex i) const { return {.x = points_[2 * i], .y = points_[2 * i + 1]}; }

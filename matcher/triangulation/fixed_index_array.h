@@ -19,7 +19,7 @@ class FixedIndexArray {
     using iterator = value_type*;
     using const_iterator = const value_type*;
 
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): entries are written before they count
+    // Uninitialised: entries are written before they count
     FixedIndexArray() = default;
     FixedIndexArray(const FixedIndexArray&) = delete;
     FixedIndexArray& operator=(const FixedIndexArray&) = delete;

@@ -21,7 +21,7 @@ class IndexArray {
     using iterator = value_type*;
     using const_iterator = const value_type*;
 
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): entries are written before they count
+    // Uninitialised: entries are written before they count
     IndexArray() = default;
     IndexArray(const IndexArray&) = delete;
     IndexArray& operator=(const IndexArray&) = delete;

@@ -23,7 +23,7 @@ inline PointIndex FirstSmallest(std::span<const double> points, Measure measure)
     PointIndex smallest = NoIndex;
     double best = kLargest;
     for (PointIndex start = 0; start < count; start += kBlock) {
-        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): filled as far as it is read
+        // Uninitialised: filled as far as it is read
         std::array<DoubleLanes, kBlock / 2> measures;
         const std::uint64_t end = std::min(start + kBlock, count);
         DoubleLanes least = BothLanes(kLargest);

@@ -37,6 +37,20 @@ bool isInCircle(Error error) {
 }
 
 template <typename MayAgree>
+std::uint16_t boundOf(const BoundPositions& positions,
+                      const BoundTask& task,
+                      ScaledTurn turn,
+                      MayAgree mayAgree) {
+    std::uint16_t agreeing = 0;
+    for (std::size_t i = 0; i < task.count; ++i) {
+        if (mayAgree(errorOf(positions, task.begin + i, task.anchor, turn))) {
+            ++agreeing;
+        }
+    }
+    return agreeing;
+}
+
+template <typename MayAgree>
 void boundTasks(const BoundPositions& positions,
                 std::span<const BoundTask> tasks,
                 std::span<std::uint16_t> bounds,
@@ -44,13 +58,7 @@ void boundTasks(const BoundPositions& positions,
     std::size_t next = 0;
     for (const BoundTask& task : tasks) {
         for (const ScaledTurn turn : task.turns) {
-            std::uint16_t agreeing = 0;
-            for (std::size_t i = 0; i < task.count; ++i) {
-                if (mayAgree(errorOf(positions, task.begin + i, task.anchor, turn))) {
-                    ++agreeing;
-                }
-            }
-            bounds[next++] = agreeing;
+            bounds[next++] = boundOf(positions, task, turn, mayAgree);
         }
     }
 }

@@ -82,11 +82,11 @@ ORL_AVX2 __m128i ranksOf(const QuarterTurnCodes& second, const TriangleCode& fir
     return _mm_packs_epi32(ranks, ranks);
 }
 
-} // namespace
+}  // namespace
 
 ORL_AVX2 void rankCandidates(const CandidateCodes& codes,
-                   std::span<const Candidate> candidates,
-                   OrientationRanks* ranks) {
+                             std::span<const Candidate> candidates,
+                             OrientationRanks* ranks) {
     for (const Candidate& candidate : candidates) {
         const QuarterTurnCodes& second = codes.second[candidate.second];
         const CyclicCodes& first = codes.first[candidate.first];

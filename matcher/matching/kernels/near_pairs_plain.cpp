@@ -10,15 +10,15 @@ struct Position {
 };
 
 Position firstOf(const BoundPositions& positions, std::size_t pair) {
-    constexpr std::int16_t kScale = 64;
-    return {static_cast<float>(positions.firstX64[pair] / kScale),
-            static_cast<float>(positions.firstY64[pair] / kScale)};
+    constexpr float kScale = 64.0F;
+    return {static_cast<float>(positions.firstX64[pair]) / kScale,
+            static_cast<float>(positions.firstY64[pair]) / kScale};
 }
 
 Position secondOf(const BoundPositions& positions, std::size_t pair) {
-    constexpr std::int16_t kScale = 32;
-    return {static_cast<float>(positions.secondX32[pair] / kScale),
-            static_cast<float>(positions.secondY32[pair] / kScale)};
+    constexpr float kScale = 32.0F;
+    return {static_cast<float>(positions.secondX32[pair]) / kScale,
+            static_cast<float>(positions.secondY32[pair]) / kScale};
 }
 
 float squaredResidual(const BoundPositions& positions, const NearPairsTask& task, std::size_t i) {
