@@ -1,7 +1,7 @@
 #pragma once
 
-// The ranking of many pairs of triangles, in forms with the same results: `plain` and `sse2` take one
-// comparison at a time from pair_test.h, `avx2` makes two in one step; tests compare them.
+// The ranking of many pairs of triangles, in forms with the same results: `plain` and `sse2` take
+// one comparison at a time from pair_test.h, `avx2` makes two in one step; tests compare them.
 
 #include <cstddef>
 #include <cstdint>
