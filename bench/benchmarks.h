@@ -4,6 +4,7 @@
 
 namespace orl::bench {
 
+void RegisterFirstMatchBenchmarks();
 void RegisterIdentifyBenchmarks();
 void RegisterLoadBenchmarks();
 void RegisterMatchBenchmarks();

@@ -17,6 +17,7 @@ int main(int argc, char** argv) {
         orl::bench::RegisterCgalBenchmarks();
 #endif
         orl::bench::RegisterIdentifyBenchmarks();
+        orl::bench::RegisterFirstMatchBenchmarks();
         benchmark::Initialize(&argc, argv);
         if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
             return 2;
