@@ -45,10 +45,11 @@ CandidateIndex::CandidateIndex(const OrientedFinger& finger, Scratch& scratch)
         Stretch& stretch = stretches_[u / kTrianglesPerStretch];
         const std::size_t index = u % kTrianglesPerStretch;
         stretch.sides[index] = sidesWord(finger.triangles[u].sides);
+        insert(stretch.sets, finger.codes[u][0], index);
         if (finger.oriented[u].isIrregular) {
-            stretch.irregular[index / kWordBits] |= std::uint64_t{1} << index % kWordBits;
-        } else {
-            insert(stretch.sets, finger.codes[u][0], index);
+            for (std::size_t m = 1; m < kOrientations; ++m) {
+                insert(stretch.sets, finger.codes[u][m], index);
+            }
         }
     }
     for (Stretch& stretch : stretches_) {
@@ -117,14 +118,14 @@ std::array<TriangleBits, kCorners> CandidateIndex::find(const Query& query,
                                                         std::size_t begin,
                                                         std::size_t end) const {
     assert(begin <= end && end <= kTrianglesPerStretch);
-    const auto& [sets, irregular, sides] = stretches_[stretch];
+    const auto& [sets, sides] = stretches_[stretch];
     const TriangleBits near =
         pair_kernels::nearSides(
             sides, begin / kSideBlock, (end + kSideBlock - 1) / kSideBlock, query.sides_) &
         firstBits(end) & ~firstBits(begin);
-    return {near & (irregular | inReach(sets, query, 0)),
-            near & (irregular | inReach(sets, query, 1)),
-            near & (irregular | inReach(sets, query, 2))};
+    return {near & inReach(sets, query, 0),
+            near & inReach(sets, query, 1),
+            near & inReach(sets, query, 2)};
 }
 
 }  // namespace orl::matcher

@@ -8,7 +8,9 @@
 // steps. For each byte and cell the index holds a set, one bit a triangle, of those whose byte lies
 // within reach of the cell; the triangles that may agree with a code are what its bytes' sets have
 // in common. Turning a finger moves such a byte by 3 steps at most, so the reach is widened by that
-// and serves all four orientations. Side lengths, which no turn changes, are compared exactly.
+// and serves all four orientations; an irregular triangle, whose quarter turns need not resemble
+// each other, stands in the cells of each of them. Side lengths, which no turn changes, are
+// compared exactly.
 
 #include <array>
 #include <cstddef>
@@ -44,7 +46,7 @@ class CandidateIndex {
     std::size_t stretchCount() const { return stretchCount_; }
 
     // The triangles begin..end - 1 of a stretch that may agree with the query in any orientation,
-    // by cyclic order. Irregular triangles whose sides are near are always among them. REQUIRES:
+    // by cyclic order. REQUIRES:
     // begin <= end <= kTrianglesPerStretch.
     std::array<TriangleBits, kCorners> find(const Query& query,
                                             std::size_t stretch,
@@ -62,7 +64,6 @@ class CandidateIndex {
 
     struct Stretch {
         StretchSets sets;
-        TriangleBits irregular;  // in no set
         std::array<std::uint32_t, kTrianglesPerStretch> sides;
     };
 

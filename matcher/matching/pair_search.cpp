@@ -79,9 +79,7 @@ class PairRanking {
         count_ = 0;
         rank_(
             {context_.firstCodes.data(), context_.second.codes.data()}, candidates, ranks_.data());
-        for (std::size_t m = 0; m < kOrientations; ++m) {
-            context_.trianglePairs[m].appendAlike(candidates, ranks_.data(), m);
-        }
+        appendAlike(context_.trianglePairs, candidates, ranks_.data());
     }
 
   private:

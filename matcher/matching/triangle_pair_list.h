@@ -3,6 +3,8 @@
 // The triangle pairs of one orientation, in a growing array.
 
 #include <algorithm>
+#include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -30,23 +32,8 @@ class TrianglePairList {
     std::span<const TrianglePair> pairs() const { return room_.first(size_); }
     std::size_t size() const { return size_; }
 
-    // Appends those of the candidates whose triangles are alike in an orientation; `ranks` holds
-    // their ranks. Throws: std::bad_alloc; the list stays as it was then.
-    void appendAlike(std::span<const Candidate> candidates,
-                     const OrientationRanks* ranks,
-                     std::size_t orientation) {
-        reserveMore(candidates.size());
-        std::size_t size = size_;
-        for (const Candidate& candidate : candidates) {
-            const PairRank rank = (*ranks++)[orientation];
-            room_[size] = {rank, candidate.first, candidate.second};
-            size += static_cast<std::size_t>(rank != kNotAlike);
-        }
-        size_ = size;
-    }
-
-  private:
-    // One more than asked for: a pair is written before it is known to be kept.
+    // Makes room for `count` more pairs and one besides. Throws: std::bad_alloc; the list stays as
+    // it was then.
     void reserveMore(std::size_t count) {
         if (count >= room_.size() - size_) {
             const auto grown = scratch_->take<TrianglePair>(2 * room_.size() + count + 1);
@@ -55,9 +42,23 @@ class TrianglePairList {
         }
     }
 
+    // Where the next pair goes, and to how many the list has grown by what was written there.
+    TrianglePair* end() { return room_.data() + size_; }
+    void growTo(const TrianglePair* end) {
+        size_ = static_cast<std::size_t>(end - room_.data());
+        assert(size_ < room_.size());
+    }
+
+  private:
     Scratch* scratch_;
     std::span<TrianglePair> room_;
     std::size_t size_ = 0;
 };
+
+// Appends to each orientation's list those of the candidates whose triangles are alike in it;
+// `ranks` holds the candidates' ranks. Throws: std::bad_alloc; no list has changed then.
+void appendAlike(std::array<TrianglePairList, kOrientations>& lists,
+                 std::span<const Candidate> candidates,
+                 const OrientationRanks* ranks);
 
 }  // namespace orl::matcher

@@ -2,6 +2,7 @@
 
 // Two fingers on their way through a match, with everything that the stages need kept alive.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -40,15 +41,10 @@ class FingersInMatch {
 
     // As if these pairs had been found.
     void setPairs(std::size_t orientation, std::span<const matcher::TrianglePair> pairs) {
-        std::vector<matcher::Candidate> candidates;
-        std::vector<matcher::OrientationRanks> ranks;
-        for (const matcher::TrianglePair& pair : pairs) {
-            candidates.push_back({pair.first, pair.second, 1});
-            ranks.push_back({pair.rank, pair.rank, pair.rank, pair.rank});
-        }
         matcher::TrianglePairList& list = context_->trianglePairs[orientation];
         list = matcher::TrianglePairList(pairs.size(), memory_->scratch);
-        list.appendAlike(candidates, ranks.data(), orientation);
+        list.reserveMore(pairs.size());
+        list.growTo(std::copy(pairs.begin(), pairs.end(), list.end()));
     }
 
   private:
