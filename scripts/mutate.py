@@ -100,7 +100,9 @@ TWO_ARGUMENTS = re.compile(rf"(?<=[(,] )({SIMPLE}), ({SIMPLE})(?=[,)])|"
 STATEMENT = re.compile(r"^\s+(?:(?:[A-Za-z_][\w:.>\-\[\]]*\(.*\))|"
                        r"(?:[A-Za-z_*][\w.>\-\[\]()]*(?: [+\-|&^]?=) .*)|(?:(?:\+\+|--).*)|"
                        r"(?:return;));$")
-SKIPPED_LINE = re.compile(r"^\s*(#|//|/\*|\* |\*/|static_assert|assert\(|using |namespace |template|return \{\};)")
+# Preprocessor, comments, and what only the compiler looks at.
+SKIPPED_LINE = re.compile(r".*(__attribute__|ORL_FORMAT_ARGUMENTS)|"
+                          r"^\s*(#|//|/\*|\* |\*/|static_assert|assert\(|using |namespace |template|return \{\};)")
 
 
 def code_part(line):

@@ -221,14 +221,56 @@ TEST_F(EngineLogFile, GivesUpSilentlyOnAPathBeyondItsLimit) {
     EXPECT_TRUE(std::filesystem::is_empty(PathOf(Scratch())));
 }
 
+#ifndef _WIN32  // where such folders cannot be made in the ordinary way
+
+// A new folder whose path has so many letters.
+std::string FolderOfLength(std::string path, std::size_t letters) {
+    constexpr std::size_t kNameLetters = 100;
+    while (path.size() < letters) {
+        const std::size_t rest = letters - path.size() - 1;
+        path += "/" + std::string(rest <= kNameLetters + 1 ? rest : kNameLetters, 'p');
+    }
+    EXPECT_EQ(path.size(), letters);
+    std::filesystem::create_directories(path);
+    return path;
+}
+
+TEST_F(EngineLogFile, MakesNothingUnderACutNameWhenItsPathIsTooLong) {
+    // A path of 1,023 bytes and a NUL fits. "/ORL_WBF_Drivers" has 16 bytes and
+    // "/orl_engine_adapter.log" 23: the folder's path is too long, by one byte the second time, or
+    // the file's alone is, by one byte the last time.
+    for (const std::size_t letters : {1010U, 1008U, 1000U, 985U}) {
+        SCOPED_TRACE(letters);
+        const std::string programs = FolderOfLength(MakeFolder(std::to_string(letters)), letters);
+        const EnvironmentVariable variable(kWithX86, programs);
+        const LogProbe probe;
+        probe.Log("nowhere");
+        EXPECT_TRUE(std::filesystem::is_empty(programs));
+    }
+}
+
+TEST_F(EngineLogFile, WritesUnderTheLongestPathThatFits) {
+    const std::string programs = FolderOfLength(Scratch(), 984);
+    const EnvironmentVariable variable(kWithX86, programs);
+    {
+        const LogProbe probe;
+        probe.Log("fits");
+    }
+    EXPECT_THAT(Messages(LogPath(programs)), ElementsAre("fits"));
+}
+
+#endif
+
 TEST_F(EngineLogFile, KeepsACallOnOneLineWhateverItsTextHolds) {
     const EnvironmentVariable programs(kWithX86, Scratch());
     {
         const LogProbe probe;
         probe.Log("one\r\ntwo\nthree\tfour\x1B[2Jfive\x7F");
         probe.Log("");
+        probe.Log("\x01|\x1E|\x1F|\x20|!|~|\x7F|");
     }
-    EXPECT_THAT(Messages(LogPath(Scratch())), ElementsAre("one  two three four [2Jfive ", ""));
+    EXPECT_THAT(Messages(LogPath(Scratch())),
+                ElementsAre("one  two three four [2Jfive ", "", " | | | |!|~| |"));
 }
 
 TEST_F(EngineLogFile, KeepsUtf8AsItIs) {

@@ -57,11 +57,18 @@ bool IsTimeToFail(HeapState& state) {
     return false;
 }
 
+// How an event tells flags that the adapter has no business with, and a heap not the process's.
+std::string Oddities(HANDLE heap, DWORD flags) {
+    return (flags == 0 ? "" : " flags " + std::to_string(flags)) +
+           (heap == GetProcessHeap() ? "" : " of another heap");
+}
+
 LPVOID CountedAlloc(HANDLE heap, DWORD flags, SIZE_T bytes) {
     HeapState& state = State();
     const std::scoped_lock lock(state.changes);
     const bool zeroed = (flags & HEAP_ZERO_MEMORY) != 0;
-    std::string event = "alloc " + std::to_string(bytes) + (zeroed ? " zeroed" : "");
+    std::string event = "alloc " + std::to_string(bytes) + (zeroed ? " zeroed" : "") +
+                        Oddities(heap, flags & ~DWORD{HEAP_ZERO_MEMORY});
     void* block = IsTimeToFail(state) ? nullptr : ORL_REAL_HEAP_ALLOC(heap, flags, bytes);
     if (block == nullptr) {
         state.events.push_back(event + " failed");
@@ -87,7 +94,7 @@ BOOL CountedFree(HANDLE heap, DWORD flags, LPVOID block) {
     if (std::any_of(bytes, bytes + found->second, [](std::uint8_t b) { return b != 0; })) {
         ++state.unwipedBlocks;
     }
-    state.events.push_back("free " + std::to_string(found->second));
+    state.events.push_back("free " + std::to_string(found->second) + Oddities(heap, flags));
     state.liveBlocks.erase(found);
     return ORL_REAL_HEAP_FREE(heap, flags, block);
 }

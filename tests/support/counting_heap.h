@@ -32,7 +32,8 @@ class CountingHeap {
     static std::size_t UnwipedBlocks();
 
     // What happened since the reset, or since the last call: "alloc 56 zeroed", "alloc 40",
-    // "alloc 40 failed", "free 40", and "free unknown" for a block of before the reset.
+    // "alloc 40 failed", "free 40", and "free unknown" for a block of before the reset. Flags but
+    // that for zeros, and a heap but the process's, are told behind the size.
     static std::vector<std::string> TakeEvents();
 };
 

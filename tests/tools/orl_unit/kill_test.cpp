@@ -25,9 +25,9 @@ namespace {
 
 constexpr int kShortKills = 20;
 constexpr int kLongKills = 1000;  // with ORL_LONG_TESTS set
-constexpr int kListLines = 400;
+constexpr int kListLines = 4000;  // far more than are enrolled in that time
 // A run is killed after a random time up to this, which covers its start, the store's creation and
-// some dozens of enrollments.
+// some hundreds of enrollments.
 constexpr int kLatestKillMilliseconds = 400;
 
 int killCount() {
