@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -119,6 +120,20 @@ TEST_F(FingerMatcher, WritesNothingOnInitializeWithoutRoom) {
         EXPECT_TRUE(error_.IsUntouchedFrom(0)) << size;
     }
     EXPECT_EQ(ORLFingerMatcher_Initialize(nullptr, 100), 0);
+}
+
+TEST_F(FingerMatcher, TakesOneByteForABrokenRecordAndNoneForNoRecord) {
+    const Bytes sound = SoundRecord();
+    const auto soundSize = static_cast<std::int32_t>(sound.size());
+    ORLFingerMatcher_Initialize(nullptr, 0);
+    for (const auto& [size, status] : {std::pair{1, 2}, std::pair{0, 1}, std::pair{-1, 1}}) {
+        MatchResult result;
+        EXPECT_EQ(ORLFingerMatcher_Match(
+                      sound.data(), size, sound.data(), soundSize, 0, &result, nullptr, 0),
+                  status)
+            << size;
+    }
+    ORLFingerMatcher_Shutdown();
 }
 
 TEST_F(FingerMatcher, CutsTheErrorTextToTheBuffer) {

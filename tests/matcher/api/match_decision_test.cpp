@@ -94,6 +94,19 @@ std::string Name(const Row& row) {
     return "level " + std::to_string(row.level);
 }
 
+TEST(MatchDecision, StartsFromNothingMatchedUnrefinedAtTheDefaultThreshold) {
+    const MatchDecisionInput input;
+    EXPECT_EQ(input.score, 0);
+    EXPECT_EQ(input.threshold, 300);
+    EXPECT_TRUE(input.fingerAgreement);
+    EXPECT_EQ(input.matchedCount, 0);
+    EXPECT_EQ(input.distanceMedian, 0.0F);
+    EXPECT_EQ(input.angleMedian, 0.0F);
+    EXPECT_EQ(input.coverage, 0.0F);
+    EXPECT_EQ(input.matchedRatio, 0.0F);
+    EXPECT_FALSE(input.refined);
+}
+
 TEST(MatchDecision, AcceptsFiguresExactlyAtEveryLimitOfEveryRow) {
     for (const Row& row : kRows) {
         EXPECT_TRUE(decideMatch(AtTheLimitsOf(row))) << Name(row);

@@ -207,6 +207,21 @@ TEST(LoadTemplateFromFile, TakesTheIdentityTextFromTheFilesName) {
     EXPECT_EQ(loading.loaded.identityText, "0042");
 }
 
+TEST(LoadTemplateFromFile, ForgetsWhatTheTemplateHeldBefore) {
+    const ScratchFolder folder;
+    LoadedTemplate loaded = LoadAsProbe(SoundRecord()).loaded;
+    loaded.identityText = "0042";
+    loaded.hasIdentityText = true;
+    loaded.fingerPositions = {1, 2};
+    std::string message;
+    EXPECT_EQ(loadTemplateFromFile(folder.PathOf("missing"), 2, 4, loaded, message), 2);
+    EXPECT_EQ(loaded.identityText, "");
+    EXPECT_FALSE(loaded.hasIdentityText);
+    EXPECT_THAT(loaded.fingerPositions, IsEmpty());
+    EXPECT_THAT(loaded.fingers, IsEmpty());
+    EXPECT_EQ(loaded.imageSize, ImageSize{});
+}
+
 TEST(LoadTemplateFromFile, OpensANameInUtf8) {
     const ScratchFolder folder;
     const Loading loading =
@@ -319,6 +334,7 @@ TEST(IdentityFromFileName, IsMissingWithoutTextBeforeBetweenAndAfter) {
         {"a_b", "one underscore"},
         {"a_b_", "nothing follows the second"},
         {"_x_y", "nothing precedes the first"},
+        {"folder/_x_y", "nothing but the folder's separator precedes the first"},
         {"a__b", "nothing between"},
         {"a__b_c", "the next underscore counts, not a later one"},
         {"___", "underscores alone"},
