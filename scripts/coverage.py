@@ -51,7 +51,7 @@ def profile_of(pattern):
     run(["llvm-profdata-14", "merge", "-sparse", "-o", str(merged),
          *map(str, profiles.glob("*.profraw"))])
     programs = [program for _, program in tests_chosen(pattern)]
-    modules = [str(module) for module in sorted((BUILD / "tests").glob("*.so"))]
+    modules = [str(module) for module in sorted((BUILD / "tests").glob("*_probe.so"))]
     return merged, programs + modules
 
 
