@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <stdexcept>
+#include <string>
 
 #include <windows.h>
 
@@ -52,7 +53,33 @@ class StreamFile {
     HANDLE handle_ = INVALID_HANDLE_VALUE;
 };
 
-int runToItsEnd(std::wstring commandLine, const ScratchFolder& folder) {
+// Starts the program. An emulator on a busy machine fails to now and then, so it is tried again.
+PROCESS_INFORMATION started(std::wstring commandLine, STARTUPINFOW startup) {
+    constexpr int kAttempts = 5;
+    constexpr DWORD kPauseMs = 300;
+    for (int attempt = 1;; ++attempt) {
+        PROCESS_INFORMATION process{};
+        if (CreateProcessW(nullptr,
+                           commandLine.data(),
+                           nullptr,
+                           nullptr,
+                           TRUE,
+                           0,
+                           nullptr,
+                           nullptr,
+                           &startup,
+                           &process)) {
+            return process;
+        }
+        const DWORD error = GetLastError();
+        if (attempt == kAttempts) {
+            throw std::runtime_error("cannot start the program, error " + std::to_string(error));
+        }
+        Sleep(kPauseMs);
+    }
+}
+
+int runToItsEnd(const std::wstring& commandLine, const ScratchFolder& folder) {
     const StreamFile in(folder.PathOf("in"), GENERIC_READ, OPEN_EXISTING);
     const StreamFile out(folder.PathOf("out"), GENERIC_WRITE, CREATE_ALWAYS);
     const StreamFile err(folder.PathOf("err"), GENERIC_WRITE, CREATE_ALWAYS);
@@ -62,19 +89,7 @@ int runToItsEnd(std::wstring commandLine, const ScratchFolder& folder) {
     startup.hStdInput = in.handle();
     startup.hStdOutput = out.handle();
     startup.hStdError = err.handle();
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr,
-                        commandLine.data(),
-                        nullptr,
-                        nullptr,
-                        TRUE,
-                        0,
-                        nullptr,
-                        nullptr,
-                        &startup,
-                        &process)) {
-        throw std::runtime_error("cannot start the program");
-    }
+    const PROCESS_INFORMATION process = started(commandLine, startup);
     WaitForSingleObject(process.hProcess, INFINITE);
     DWORD status = 0;
     GetExitCodeProcess(process.hProcess, &status);
