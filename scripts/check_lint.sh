@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
-# check_lint.sh [FILE...]: runs clang-tidy with the checks of .clang-tidy on the given sources, or on
-# those of the products and the tools, as the native preset compiles them.
+# check_lint.sh [--tools | FILE...]: runs clang-tidy with the checks of .clang-tidy on the sources of
+# the products, on those of the tools, or on those given, as the native preset compiles them.
 set -euo pipefail
 cd "$(dirname "$(realpath "$0")")/.."
 [ -f build/native/compile_commands.json ] || cmake --preset native >/dev/null
-if [ $# -gt 0 ]; then
+if [ "${1-}" = --tools ]; then
+  mapfile -t files < <(git ls-files 'tools/*.cpp')
+elif [ $# -gt 0 ]; then
   files=("$@")
 else
-  mapfile -t files < <(git ls-files 'adapter/*.cpp' 'matcher/*.cpp' 'platform/*.cpp' 'tools/*.cpp')
+  mapfile -t files < <(git ls-files 'adapter/*.cpp' 'matcher/*.cpp' 'platform/*.cpp')
 fi
 compiled=()
 for file in "${files[@]}"; do
