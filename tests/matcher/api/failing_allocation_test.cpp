@@ -88,6 +88,19 @@ TEST(FailingAllocation, HasTwoPlacesWhileOneRecordIsLoaded) {
     }
 }
 
+TEST(FailingAllocation, HasOnePlaceMoreForEachFurtherView) {
+    const Bytes record = BuildRecord({.views = {{.minutiae = RandomMinutiae(84, 20)},
+                                                {.minutiae = RandomMinutiae(85, 30)},
+                                                {.minutiae = RandomMinutiae(86, 40)}}});
+    orl::matcher::LoadedTemplate loaded;
+    std::string message;
+    const FailingNew counting(0);
+    EXPECT_EQ(orl::matcher::loadTemplateFromBuffer(
+                  record.data(), record.size(), "Probe", 2, 3, loaded, message),
+              0);
+    EXPECT_LE(counting.Allocations(), 4) << "one list of fingers, and each finger's triangles";
+}
+
 TEST(FailingAllocation, PassesThroughLoadingFromFiles) {
     const orl::test::ScratchFolder folder;
     const std::string path =

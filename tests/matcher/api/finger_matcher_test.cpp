@@ -308,6 +308,10 @@ TEST_F(FingerMatcher, TakesAThresholdOfZeroOrBelowAs300) {
                                    threshold);
         EXPECT_EQ(direct.decision, 1U) << "without the entry's default, " << threshold;
     }
+    // The least threshold of its own is 10 points: a score from 55 on is level 5 and a match.
+    ASSERT_EQ(Match(probe, candidate, 1), 0);
+    ASSERT_GE(result_.Score, 55);
+    EXPECT_EQ(result_.Matched, 1);
 }
 
 TEST_F(FingerMatcher, CountsThresholdsUpTo100InTens) {
