@@ -28,9 +28,6 @@ class Scratch {
         return {static_cast<Value*>(memory), count};
     }
 
-    // For containers whose size is not known ahead; they must be gone before the next release.
-    std::pmr::memory_resource* resource() { return &resource_; }
-
     void release() { resource_.release(); }
 
   private:

@@ -30,7 +30,6 @@ class TrianglePairList {
 
     std::span<TrianglePair> pairs() { return room_.first(size_); }
     std::span<const TrianglePair> pairs() const { return room_.first(size_); }
-    std::size_t size() const { return size_; }
 
     // Makes room for `count` more pairs and one besides. Throws: std::bad_alloc; the list stays as
     // it was then.
