@@ -12,7 +12,7 @@ target_compile_options(orl_options INTERFACE
 
 if(ORL_SANITIZE)
   target_compile_options(orl_options INTERFACE
-    -fsanitize=${ORL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+    -fsanitize=${ORL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   target_link_options(orl_options INTERFACE -fsanitize=${ORL_SANITIZE})
   # Third-party code built beside ours (the test framework) must be instrumented the same way.
   add_compile_options(-fsanitize=${ORL_SANITIZE} -fno-omit-frame-pointer)
