@@ -84,19 +84,18 @@ std::size_t PrintedBytes(int printed, std::size_t room) noexcept {
     return printed < 0 ? 0 : std::min(static_cast<std::size_t>(printed), room - 1);
 }
 
-std::size_t PrintTimestamp(std::span<char> text) noexcept {
+void PrintTimestamp(std::span<char> text) noexcept {
     const platform::LocalTime now = platform::CurrentLocalTime();
-    const int printed = std::snprintf(text.data(),
-                                      text.size(),
-                                      kTimestampFormat,
-                                      now.year,
-                                      now.month,
-                                      now.day,
-                                      now.hour,
-                                      now.minute,
-                                      now.second,
-                                      now.millisecond);
-    return PrintedBytes(printed, text.size());
+    std::snprintf(text.data(),
+                  text.size(),
+                  kTimestampFormat,
+                  now.year,
+                  now.month,
+                  now.day,
+                  now.hour,
+                  now.minute,
+                  now.second,
+                  now.millisecond);
 }
 
 bool IsControlCharacter(char letter) noexcept {

@@ -1,17 +1,14 @@
 // Building one finger: the whole load from a record's bytes, and its features alone.
 
 #include <cstdint>
-#include <stdexcept>
-#include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
 #include "bench/bench_records.h"
 #include "bench/benchmarks.h"
+#include "bench/loaded_record.h"
 #include "bench/point_sets.h"
-#include "matcher/api/finger_matcher.h"
-#include "matcher/api/template_loading.h"
 #include "matcher/features/finger_features.h"
 
 namespace orl::bench {
@@ -21,23 +18,6 @@ using orl::matcher::FingerFeatures;
 using orl::matcher::FullLoadedTemplate;
 using orl::matcher::LoadedTemplate;
 using orl::matcher::MinutiaList;
-
-template <typename Template>
-Template Load(const Record& record) {
-    Template loaded;
-    std::string message;
-    const std::int32_t status = loadTemplateFromBuffer(record.bytes.data(),
-                                                       record.bytes.size(),
-                                                       "Probe",
-                                                       ORLFingerMatcher_StatusProbeNotLoaded,
-                                                       ORLFingerMatcher_StatusProbeEmpty,
-                                                       loaded,
-                                                       message);
-    if (status != ORLFingerMatcher_StatusOk) {
-        throw std::runtime_error(message);
-    }
-    return loaded;
-}
 
 void LoadRecords(benchmark::State& state, const RecordSet& set) {
     std::size_t next = 0;

@@ -2,11 +2,8 @@
 
 #include <cstdint>
 #include <random>
-#include <stdexcept>
-#include <string>
 
-#include "matcher/api/finger_matcher.h"
-#include "matcher/api/template_loading.h"
+#include "bench/loaded_record.h"
 
 namespace orl::bench {
 
@@ -27,19 +24,7 @@ std::vector<PointSet> RandomPointSets(std::size_t points) {
 std::vector<matcher::MinutiaList> MinutiaeOf(const RecordSet& set) {
     std::vector<matcher::MinutiaList> fingers;
     for (const Record& record : set.records) {
-        matcher::FullLoadedTemplate loaded;
-        std::string message;
-        const std::int32_t status = loadTemplateFromBuffer(record.bytes.data(),
-                                                           record.bytes.size(),
-                                                           "Probe",
-                                                           ORLFingerMatcher_StatusProbeNotLoaded,
-                                                           ORLFingerMatcher_StatusProbeEmpty,
-                                                           loaded,
-                                                           message);
-        if (status != ORLFingerMatcher_StatusOk) {
-            throw std::runtime_error(message);
-        }
-        fingers.push_back(loaded.fingers.front().minutiae);
+        fingers.push_back(Load<matcher::FullLoadedTemplate>(record).fingers.front().minutiae);
     }
     return fingers;
 }

@@ -3,7 +3,7 @@
 
 #include <functional>
 #include <memory>
-#include <stdexcept>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -11,8 +11,7 @@
 
 #include "bench/bench_records.h"
 #include "bench/benchmarks.h"
-#include "matcher/api/finger_matcher.h"
-#include "matcher/api/template_loading.h"
+#include "bench/loaded_record.h"
 #include "matcher/matching/match_context.h"
 #include "matcher/matching/match_driver.h"
 #include "matcher/matching/pair_search.h"
@@ -32,18 +31,7 @@ struct FingerPair {
 };
 
 FingerFeatures FirstFinger(const Record& record) {
-    matcher::LoadedTemplate loaded;
-    std::string message;
-    if (loadTemplateFromBuffer(record.bytes.data(),
-                               record.bytes.size(),
-                               "Probe",
-                               ORLFingerMatcher_StatusProbeNotLoaded,
-                               ORLFingerMatcher_StatusProbeEmpty,
-                               loaded,
-                               message) != ORLFingerMatcher_StatusOk) {
-        throw std::runtime_error(message);
-    }
-    return loaded.fingers.front();
+    return Load<matcher::LoadedTemplate>(record).fingers.front();
 }
 
 std::vector<FingerPair> FingerPairs(const RecordSet& set) {

@@ -46,6 +46,22 @@ class UnitFaults : public testing::Test {
         return count;
     }
 
+    // Has another process enrol a finger of "dora", whose identity is then guidIdentity(99), while
+    // the unit looks at the third of three records; sets done when it has.
+    void anotherProcessEnrollsDora(WINBIO_BIOMETRIC_SUBTYPE finger, bool& done) {
+        unit_.onRecord([this, finger, &done](std::size_t /*number*/, std::size_t total) {
+            if (total == 3 && !done) {
+                done = true;
+                const WINBIO_IDENTITY theirs = guidIdentity(99);
+                std::unique_ptr<RecordStore> other;
+                ASSERT_TRUE(SqliteStore::open(path_, {}, other).ok());
+                const Bytes blob(100, 1);
+                other->reserveName(theirs, "dora");
+                ASSERT_TRUE(other->addRecord({&theirs, finger, {}, blob, {}}).ok());
+            }
+        });
+    }
+
     test::ScratchFolder folder_;
     std::string path_;
     BiometricUnit unit_;
@@ -102,18 +118,8 @@ TEST_F(UnitFaults, AnIdentificationHoldsNoLockThatKeepsOthersFromWriting) {
 }
 
 TEST_F(UnitFaults, AFingerJoinsTheIdentityThatAnotherProcessGaveTheName) {
-    const WINBIO_IDENTITY theirs = guidIdentity(99);
     bool done = false;
-    unit_.onRecord([&](std::size_t /*number*/, std::size_t total) {
-        if (total == 3 && !done) {
-            done = true;
-            std::unique_ptr<RecordStore> other;
-            ASSERT_TRUE(SqliteStore::open(path_, {}, other).ok());
-            const Bytes blob(100, 1);
-            other->reserveName(theirs, "dora");
-            ASSERT_TRUE(other->addRecord({&theirs, 7, {}, blob, {}}).ok());
-        }
-    });
+    anotherProcessEnrollsDora(7, done);
     ASSERT_TRUE(unit_.enroll(sample("104"), {"dora", kRightIndex}, DuplicateRule::Refuse).stored);
     ASSERT_TRUE(done);
     std::size_t dorasRecords = 0;
@@ -127,18 +133,8 @@ TEST_F(UnitFaults, AFingerJoinsTheIdentityThatAnotherProcessGaveTheName) {
 }
 
 TEST_F(UnitFaults, AFingerThatAnotherProcessEnrollsMeanwhileIsRefused) {
-    const WINBIO_IDENTITY theirs = guidIdentity(99);
     bool done = false;
-    unit_.onRecord([&](std::size_t /*number*/, std::size_t total) {
-        if (total == 3 && !done) {
-            done = true;
-            std::unique_ptr<RecordStore> other;
-            ASSERT_TRUE(SqliteStore::open(path_, {}, other).ok());
-            const Bytes blob(100, 1);
-            other->reserveName(theirs, "dora");
-            ASSERT_TRUE(other->addRecord({&theirs, kRightIndex, {}, blob, {}}).ok());
-        }
-    });
+    anotherProcessEnrollsDora(kRightIndex, done);
     try {
         unit_.enroll(sample("104"), {"dora", kRightIndex}, DuplicateRule::Refuse);
         FAIL() << "stored twice";
