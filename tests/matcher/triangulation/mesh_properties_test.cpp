@@ -173,6 +173,47 @@ TEST(MeshOfPointsAnywhere, IsThatOfThePlainSweepEntryByEntry) {
     }
 }
 
+// Points of 0..999 by 0..999, times `scale`, and one more at (0, far).
+Points ScaledPoints(std::mt19937& random, double scale, double far) {
+    Points points;
+    const std::size_t n = 3 + random() % 20;
+    while (points.size() < 2 * n) {
+        points.push_back(static_cast<double>(random() % 1000) * scale);
+    }
+    points.insert(points.end(), {0.0, far});
+    return points;
+}
+
+// Squared distances that underflow to nothing, or nearly, and one that overflows as seen from the
+// circumcentre: (1.9e154)^2 is 3.6e308, above the largest double, and half as far from the middle
+// of all points it is 9e307 still.
+TEST(MeshOfPointsAnywhere, IsThatOfThePlainSweepWhereDistancesVanishOrOverflow) {
+    struct Case {
+        double scale = 1;
+        double far = 0;
+    };
+    constexpr Case kCases[] = {
+        {1e-103, 0}, {1e-150, 0}, {1e-155, 0}, {1e-155, 1}, {1, 1e77}, {1, 1e154}, {1, 1.9e154}};
+    for (const Case& c : kCases) {
+        std::mt19937 random(kSeed + 6);
+        for (int round = 0; round < 100; ++round) {
+            const Points points = ScaledPoints(random, c.scale, c.far);
+            const auto mesh = MeshOf(points);
+            const auto plain = test::SweepPlainly(points);
+            ASSERT_TRUE(mesh != nullptr && plain.has_value()) << Describe(points);
+            ASSERT_THAT(mesh->vertices(), testing::ElementsAreArray(plain->vertices))
+                << Describe(points);
+            ASSERT_THAT(mesh->twins(), testing::ElementsAreArray(plain->twins)) << Describe(points);
+        }
+    }
+}
+
+TEST(MeshOfPointsAnywhere, FailsWhereNoDistanceFromTheMiddleIsFinite) {
+    // The middle of all is 1e155 / 2 from every point: 2.5e309 squared.
+    EXPECT_EQ(MeshOf({0, 0, 1, 0, 0, 1, 0, 1e155}), nullptr);
+    EXPECT_FALSE(test::SweepPlainly(Points{0, 0, 1, 0, 0, 1, 0, 1e155}).has_value());
+}
+
 std::string TestNameOf(const testing::TestParamInfo<test::PointSetFamily>& family) {
     std::string name = family.param.name;
     std::erase(name, '\'');
