@@ -30,7 +30,9 @@ TREE = WORK / "tree"
 BUILD = WORK / "build"
 RESULTS = WORK / "results.jsonl"
 EQUIVALENTS = ROOT / "scripts" / "equivalent_mutations.txt"
-TEST_SECONDS = 180  # a change that makes a loop endless ends here
+# A change that makes a loop endless ends after this many times what the test takes, and some more.
+TIMES_AS_LONG = 5
+MORE_SECONDS = 10
 # What lets the compiler cache take files that use a precompiled header.
 CACHE_SLOPPINESS = "pch_defines,time_macros,include_file_mtime,include_file_ctime"
 
@@ -181,12 +183,12 @@ def prepare_tree():
 
 def build(target):
     environment = dict(os.environ, CCACHE_SLOPPINESS=CACHE_SLOPPINESS)
-    return subprocess.run(["ninja", "-C", BUILD, "-j", "1", target], stdout=subprocess.PIPE,
+    return subprocess.run(["ninja", "-C", BUILD, "-j", "2", target], stdout=subprocess.PIPE,
                           stderr=subprocess.STDOUT, text=True, env=environment)
 
 
-def passes(target):
-    """Runs one test program; False when it fails, crashes or does not end."""
+def passes(target, seconds=None):
+    """Runs one test program; False when it fails, crashes or does not end in that time."""
     program = BUILD / ("fuzz" if target.startswith("fuzz_") else "tests") / target
     command = [program]
     if target.startswith("fuzz_"):
@@ -197,14 +199,14 @@ def passes(target):
     library = BUILD / "lib" / "liborl_finger_matcher.so"
     environment["ORL_FINGER_MATCHER_LIBRARY"] = str(library)
     try:
-        return subprocess.run(command, cwd=TREE, env=environment, timeout=TEST_SECONDS,
+        return subprocess.run(command, cwd=TREE, env=environment, timeout=seconds,
                               stdout=subprocess.DEVNULL,
                               stderr=subprocess.DEVNULL).returncode == 0
     except subprocess.TimeoutExpired:
         return False
 
 
-def try_mutation(mutation):
+def try_mutation(mutation, seconds_of):
     """'killed by TEST', 'not built' or 'SURVIVED'."""
     target_file = TREE / mutation.file
     original = target_file.read_text()
@@ -215,7 +217,7 @@ def try_mutation(mutation):
         for test in tests_of(mutation.file):
             if build(test).returncode != 0:
                 return "not built"
-            if not passes(test):
+            if not passes(test, seconds_of[test]):
                 return f"killed by {test}"
         return "SURVIVED"
     finally:
@@ -241,13 +243,18 @@ def earlier_results():
 
 
 def check_baseline(rooms):
+    """How long each test may take, from how long it takes without any change."""
+    seconds_of = {}
     for test in dict.fromkeys(test for room in rooms for test in TESTS[room]):
         built = build(test)
+        started = time.monotonic()
         if built.returncode != 0 or not passes(test):
             sys.exit(f"{test} fails without any change:\n{built.stdout[-2000:]}")
+        seconds_of[test] = TIMES_AS_LONG * (time.monotonic() - started) + MORE_SECONDS
+    return seconds_of
 
 
-def run(chosen, known, done):
+def run(chosen, seconds_of, known, done):
     tally = collections.Counter()
     for number, mutation in enumerate(chosen, 1):
         key = mutation.key()
@@ -257,7 +264,7 @@ def run(chosen, known, done):
             outcome = done[key]
         else:
             started = time.monotonic()
-            outcome = try_mutation(mutation)
+            outcome = try_mutation(mutation, seconds_of)
             with RESULTS.open("a") as results:
                 results.write(json.dumps({"key": key, "outcome": outcome,
                                           "seconds": round(time.monotonic() - started, 1)}) + "\n")
@@ -286,8 +293,8 @@ def main():
                   f"    {mutation.after.strip()}")
         return 0
     prepare_tree()
-    check_baseline(arguments.rooms)
-    return 0 if run(chosen, equivalents(), earlier_results()) else 1
+    seconds_of = check_baseline(arguments.rooms)
+    return 0 if run(chosen, seconds_of, equivalents(), earlier_results()) else 1
 
 
 if __name__ == "__main__":

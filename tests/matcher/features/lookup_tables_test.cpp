@@ -53,6 +53,51 @@ TEST(Bearing, CoversADifferenceOf255InEitherArgument) {
     EXPECT_EQ(Bearing(255, -255), 96);
 }
 
+// A vector turned once goes from (dx, dy) to (-dy, dx).
+TEST(QuarterTurnBearings, AreTheLowBytesOfThePlainBearingsForAll511By511Differences) {
+    const QuarterTurnBearings& bearings = QuarterTurnBearings::Table();
+    for (int dy = -kMost; dy <= kMost; ++dy) {
+        for (int dx = -kMost; dx <= kMost; ++dx) {
+            const int turned[] = {test::PlainBearing(dy, dx),
+                                  test::PlainBearing(dx, -dy),
+                                  test::PlainBearing(-dy, -dx),
+                                  test::PlainBearing(-dx, dy)};
+            std::uint32_t expected = 0;
+            for (int m = 3; m >= 0; --m) {
+                expected = expected * 256 + static_cast<std::uint8_t>(turned[m]);
+            }
+            ASSERT_EQ(bearings(dy, dx), expected) << "dy " << dy << ", dx " << dx;
+        }
+    }
+}
+
+TEST(QuarterTurnBearings, GiveTheFourHalfAxesForOneVector) {
+    // (1, 0): 0, then 64, 128 and -64, which is 192 as a byte.
+    EXPECT_EQ(QuarterTurnBearings::Table()(0, 1), 0xC0804000U);
+    EXPECT_EQ(QuarterTurnBearings::Table()(0, 0), 0U);
+}
+
+TEST(BearingTable, GivesTheBearingFromOneGridPointToAnother) {
+    const BearingTable& table = BearingTable::Table();
+    constexpr int kCoordinates[] = {0, 1, 100, 254, 255};
+    for (const int fromY : kCoordinates) {
+        for (const int fromX : kCoordinates) {
+            for (const int toY : kCoordinates) {
+                for (const int toX : kCoordinates) {
+                    const int from = BearingTable::Place(fromY, fromX);
+                    const int to = BearingTable::Place(toY, toX);
+                    const int expected = test::PlainBearing(toY - fromY, toX - fromX);
+                    ASSERT_EQ(table.FromTo(from, to), expected);
+                    // Ranks start at 0 for the least bearing, -127.
+                    const BearingTable::Ranks ranks =
+                        table.RanksFrom(static_cast<std::uint32_t>(from));
+                    ASSERT_EQ(ranks[to], expected + 127);
+                }
+            }
+        }
+    }
+}
+
 TEST(Distance, IsTheRoundedLength) {
     EXPECT_EQ(Distance(At(7, 9), At(7, 9)), 0);
     EXPECT_EQ(Distance(At(0, 0), At(3, 4)), 5);

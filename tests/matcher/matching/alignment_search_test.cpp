@@ -136,6 +136,13 @@ TEST(FindBestAlignment, ReachesNoMoreThanThreeWithThreePairs) {
     EXPECT_EQ(vote->anyRotationCountBound(), 3);
 }
 
+TEST(FindBestAlignment, FindsNothingWherePairsAreTooFewForTheLeastCount) {
+    const AlignmentHypothesis best = Vote(FourAtOneSpot(7), 5)->findBestAlignment();
+    EXPECT_EQ(best.count, 0);
+    EXPECT_EQ(best.anchor, 0U);
+    EXPECT_EQ(best.rotation, 0);
+}
+
 TEST(RefineAlignment, KeepsTheEarlierEvaluationOnFullTies) {
     const Vote vote(FourAtOneSpot(-10));
     ASSERT_EQ(vote.best().count, 4);
@@ -144,6 +151,30 @@ TEST(RefineAlignment, KeepsTheEarlierEvaluationOnFullTies) {
     const AlignmentEvaluation refined = vote.refined();
     EXPECT_EQ(refined.rotation, -10);
     EXPECT_EQ(refined.anchor, 0U);
+}
+
+// The second pair asks for a rotation that lies halfway between two of the steps, so that both
+// serve it alike. The third one agrees under neither, but comes within 18.2 units under the later
+// of the two, where the bound of the count is too high: at -14 steps (-0.345 radians) the anchor
+// puts it at (156.5, 79.7), which is 17.5 and 4.7 off (174, 75). So the later one is tried first.
+TEST(RefineAlignment, KeepsTheEarlierOfTwoFullTiesThoughTheLaterOnePromisedMore) {
+    struct Case {
+        int turn;
+        TriangleVertex third;
+        int earlier;
+    };
+    for (const Case& c : {Case{-15, {174, 75, 100, 0}, -16},
+                          Case{-12, {141, 91, 100, 0}, -13},
+                          Case{-8, {177, 87, 100, 0}, -9}}) {
+        const TriangleVertex spot = {100, 100, 100, 0};
+        const TriangleVertex turned = {100, 100, static_cast<std::uint8_t>(100 + c.turn), 0};
+        const AlignmentEvaluation refined =
+            Vote({{spot, spot}, {spot, turned}, {{160, 100, 100, 0}, c.third}}).refined();
+        EXPECT_EQ(refined.count, 2);
+        EXPECT_EQ(refined.angleMedian, 1.40625F);
+        EXPECT_EQ(refined.rotation, 256 + c.earlier);
+        EXPECT_EQ(refined.anchor, 0U);
+    }
 }
 
 TEST(RefineAlignment, ReplacesTheWholeEvaluationByAStrictlyBetterOne) {

@@ -175,6 +175,12 @@ TEST(EvaluateAlignment, CountsAnOverlapAsZeroWithoutAReferenceArea) {
               0.5F);
 }
 
+TEST(EvaluateAlignment, CoversNothingAndMatchesAllAgainstAReferenceWithoutFigures) {
+    const AlignmentEvaluation evaluation = Evaluated({Displaced(40, 40, 0, 0)}, 0, {});
+    EXPECT_EQ(evaluation.coverage, 0.0F);
+    EXPECT_EQ(evaluation.matchedRatio, 1.0F);  // 1 of 0, which counts as 1
+}
+
 TEST(EvaluateAlignment, DividesByTheSmallerMinutiaCountAndByOneAtLeast) {
     const std::vector<MinutiaPair> pairs = {Displaced(40, 40, 0, 0), Displaced(50, 50, 0, 0)};
     struct Case {
