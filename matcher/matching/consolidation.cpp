@@ -11,46 +11,6 @@ namespace {
 constexpr std::size_t kMinTrianglePairs = 3;
 constexpr std::size_t kMinMinutiaPairs = 3;
 
-// A rank's upper and lower five bits.
-constexpr std::size_t kDigits = 32;
-using DigitPlaces = std::array<std::uint32_t, kDigits>;
-
-std::size_t lowDigit(const TrianglePair& pair) {
-    return pair.rank % kDigits;
-}
-std::size_t highDigit(const TrianglePair& pair) {
-    return pair.rank / kDigits % kDigits;
-}
-
-// From how many pairs have a digit to where the first of them goes.
-void placesOfCounts(DigitPlaces& counts) {
-    std::uint32_t sum = 0;
-    for (std::uint32_t& entry : counts) {
-        const std::uint32_t count = entry;
-        entry = sum;
-        sum += count;
-    }
-}
-
-// Best pairs first; equal ones keep their order. A radix sort by two digits.
-void sortByRank(std::span<TrianglePair> pairs, Scratch& scratch) {
-    const std::span<TrianglePair> halfSorted = scratch.take<TrianglePair>(pairs.size());
-    DigitPlaces low{};
-    DigitPlaces high{};
-    for (const TrianglePair& pair : pairs) {
-        ++low[lowDigit(pair)];
-        ++high[highDigit(pair)];
-    }
-    placesOfCounts(low);
-    placesOfCounts(high);
-    for (const TrianglePair& pair : pairs) {
-        halfSorted[low[lowDigit(pair)]++] = pair;
-    }
-    for (const TrianglePair& pair : halfSorted) {
-        pairs[high[highDigit(pair)]++] = pair;
-    }
-}
-
 // The positions of a finger that stand in a pair already, by number.
 class TakenPositions {
   public:
@@ -67,21 +27,16 @@ class TakenPositions {
     }
 
     // Notes that the positions of a triangle have been taken. Those that share a bit stay unnoted.
-    void note(const PositionBits& positions) {
-        noted_[0] |= positions[0];
-        noted_[1] |= positions[1] & kUnshared;
-    }
+    void note(PositionBits positions) { unnoted_ &= ~positions | kShared; }
 
-    // The positions that are not noted, 0 if all are: so none of them is free then.
-    std::uint64_t unnoted(const PositionBits& positions) const {
-        return (positions[0] & ~noted_[0]) | (positions[1] & ~noted_[1]);
-    }
+    // The positions that are not noted; when there are none, none is free.
+    PositionBits unnoted(PositionBits positions) const { return positions & unnoted_; }
 
   private:
-    static constexpr std::uint64_t kUnshared = ~positionBit(kSharedPositionBit)[1];
+    static constexpr PositionBits kShared = positionBit(kSharedPositionBit);
 
     std::span<bool> isTaken_;
-    PositionBits noted_{};
+    PositionBits unnoted_ = ~PositionBits{};
 };
 
 // Joins ranked triangle pairs corner by corner into minutia pairs. `kept` has room for one more
@@ -102,9 +57,10 @@ std::size_t joinCorners(const MatchContext& context,
     TakenPositions secondTaken(secondNumbers, context.memory.scratch);
     std::size_t count = 0;
     for (const TrianglePair pair : ranked) {
-        const PositionBits& firstBits = firstNumbers.bitsOfTriangles[pair.first];
-        const PositionBits& secondBits = secondNumbers.bitsOfTriangles[pair.second];
-        if ((firstTaken.unnoted(firstBits) | secondTaken.unnoted(secondBits)) == 0) {
+        const PositionBits firstBits = firstNumbers.bitsOfTriangles[pair.first];
+        const PositionBits secondBits = secondNumbers.bitsOfTriangles[pair.second];
+        const PositionBits left = firstTaken.unnoted(firstBits) | secondTaken.unnoted(secondBits);
+        if ((left[0] | left[1]) == 0) {
             continue;
         }
         firstTaken.note(firstBits);
@@ -128,11 +84,10 @@ std::size_t joinCorners(const MatchContext& context,
 
 bool consolidatePairs(MatchContext& context, std::size_t orientation) {
     context.minutiaPairs = {};
-    const std::span<TrianglePair> trianglePairs = context.trianglePairs[orientation].pairs();
+    const std::span<const TrianglePair> trianglePairs = context.trianglePairs[orientation];
     if (trianglePairs.size() < kMinTrianglePairs) {
         return false;
     }
-    sortByRank(trianglePairs, context.memory.scratch);
     // Every pair kept takes a position that was free.
     const std::size_t positions = context.firstPositions.count + context.secondPositions.count;
     const auto room = context.memory.scratch.take<MinutiaPair>(positions + 1);

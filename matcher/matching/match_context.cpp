@@ -17,8 +17,6 @@ std::span<const CyclicCodes> cyclicCodes(std::span<const TriangleFeature> triang
     return codes;
 }
 
-constexpr std::size_t kInitialPairs = 512;  // rarely more in one orientation
-
 }  // namespace
 
 MatchContext::MatchContext(const FingerFeatures& first,
@@ -31,10 +29,6 @@ MatchContext::MatchContext(const FingerFeatures& first,
       firstCodes(cyclicCodes(first.triangles, matchMemory.scratch)),
       second(orientedFinger(secondFinger.triangles, matchMemory.scratch)),
       firstPositions(positionNumbers(first.triangles, matchMemory.scratch)),
-      secondPositions(positionNumbers(secondFinger.triangles, matchMemory.scratch)),
-      trianglePairs{TrianglePairList(kInitialPairs, matchMemory.scratch),
-                    TrianglePairList(kInitialPairs, matchMemory.scratch),
-                    TrianglePairList(kInitialPairs, matchMemory.scratch),
-                    TrianglePairList(kInitialPairs, matchMemory.scratch)} {}
+      secondPositions(positionNumbers(secondFinger.triangles, matchMemory.scratch)) {}
 
 }  // namespace orl::matcher

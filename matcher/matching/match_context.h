@@ -11,9 +11,9 @@
 #include "matcher/features/finger_model.h"
 #include "matcher/matching/orientation.h"
 #include "matcher/matching/position_numbers.h"
+#include "matcher/matching/ranked_pairs.h"
 #include "matcher/matching/scratch.h"
 #include "matcher/matching/triangle_code.h"
-#include "matcher/matching/triangle_pair_list.h"
 
 namespace orl::matcher {
 
@@ -48,8 +48,8 @@ struct MatchContext {
     PositionNumbers firstPositions;
     PositionNumbers secondPositions;
 
-    // Filled by searchTrianglePairs, one list an orientation.
-    std::array<TrianglePairList, kOrientations> trianglePairs;
+    // Filled by searchTrianglePairs.
+    RankedPairs trianglePairs;
 
     // Filled by consolidatePairs for the orientation at hand.
     std::span<const MinutiaPair> minutiaPairs;

@@ -9,8 +9,9 @@
 
 namespace orl::matcher {
 
-// Fills context.trianglePairs: for every orientation and every triangle of the first finger in list
-// order, the pairs it forms with like triangles of the turned second finger, in list order.
+// Fills context.trianglePairs: for every orientation the pairs that triangles of the first finger
+// form with like triangles of the turned second finger, ranked by similarity. Of equal ones the
+// first finger's triangles decide in list order, then the second's.
 // Throws: std::bad_alloc.
 void searchTrianglePairs(MatchContext& context);
 
@@ -19,11 +20,10 @@ void searchTrianglePairs(MatchContext& context);
 // for more costly ones, 0 when no order passes. Which order passed is not kept.
 std::int32_t scoreTrianglePair(const TriangleCode& second, const CyclicCodes& firstCodes);
 
-// Ranks the triangle pairs of an orientation by similarity (equal ones keep their order) and fills
-// context.minutiaPairs with their vertices, corner by corner; a correspondence is dropped when both
-// of its positions are taken already. Returns false when fewer than 3 triangle pairs are there or
-// fewer than 3 minutia pairs result: the fingers cannot be aligned then.
-// Throws: std::bad_alloc.
+// Fills context.minutiaPairs with the vertices of an orientation's ranked triangle pairs, corner by
+// corner; a correspondence is dropped when both of its positions are taken already. Returns false
+// when fewer than 3 triangle pairs are there or fewer than 3 minutia pairs result: the fingers
+// cannot be aligned then. Throws: std::bad_alloc.
 bool consolidatePairs(MatchContext& context, std::size_t orientation);
 
 }  // namespace orl::matcher

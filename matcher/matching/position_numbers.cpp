@@ -55,10 +55,7 @@ PositionBits bitsOf(const std::array<std::uint16_t, kCorners>& numbers) {
         return bits;
     }();
     const auto bit = [](std::size_t number) { return kBits[std::min(number, kSharedPositionBit)]; };
-    const PositionBits a = bit(numbers[0]);
-    const PositionBits b = bit(numbers[1]);
-    const PositionBits c = bit(numbers[2]);
-    return {a[0] | b[0] | c[0], a[1] | b[1] | c[1]};
+    return bit(numbers[0]) | bit(numbers[1]) | bit(numbers[2]);
 }
 
 }  // namespace

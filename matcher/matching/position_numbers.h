@@ -18,7 +18,7 @@ namespace orl::matcher {
 inline constexpr std::size_t kMaxNumberedTriangles = 10000;
 
 // A set of positions by number. All from number 127 on share the last bit.
-using PositionBits = std::array<std::uint64_t, 2>;
+using PositionBits [[gnu::vector_size(16)]] = std::uint64_t;
 inline constexpr std::size_t kSharedPositionBit = 127;
 
 constexpr PositionBits positionBit(std::size_t number) {

@@ -273,6 +273,18 @@ std::vector<TrianglePair> SearchTrianglePairs(std::span<const TriangleFeature> a
     return pairs;
 }
 
+std::vector<TrianglePair> Ranked(const std::vector<TrianglePair>& pairs) {
+    std::multimap<int, TrianglePair, std::greater<>> bySimilarity;
+    for (const TrianglePair& pair : pairs) {
+        bySimilarity.emplace(pair.similarity, pair);
+    }
+    std::vector<TrianglePair> ranked;
+    for (const auto& [similarity, pair] : bySimilarity) {
+        ranked.push_back(pair);
+    }
+    return ranked;
+}
+
 std::vector<MinutiaPair> Consolidate(const std::vector<TrianglePair>& trianglePairs,
                                      std::span<const TriangleFeature> a,
                                      std::span<const TriangleFeature> b) {
@@ -280,13 +292,9 @@ std::vector<MinutiaPair> Consolidate(const std::vector<TrianglePair>& trianglePa
     if (trianglePairs.size() < 3) {
         return result;
     }
-    std::multimap<int, TrianglePair, std::greater<>> ranked;
-    for (const TrianglePair& pair : trianglePairs) {
-        ranked.emplace(pair.similarity, pair);
-    }
     std::set<std::pair<int, int>> takenA;
     std::set<std::pair<int, int>> takenB;
-    for (const auto& [similarity, pair] : ranked) {
+    for (const TrianglePair& pair : Ranked(trianglePairs)) {
         for (int j = 0; j < 3; ++j) {
             const TriangleVertex& va = a[pair.a].vertices[j];
             const TriangleVertex& vb = b[pair.b].vertices[j];

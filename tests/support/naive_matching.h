@@ -37,6 +37,9 @@ struct TrianglePair {
 std::vector<TrianglePair> SearchTrianglePairs(std::span<const TriangleFeature> a,
                                               std::span<const TriangleFeature> b);
 
+// The same by similarity, greatest first; equal ones keep their order.
+std::vector<TrianglePair> Ranked(const std::vector<TrianglePair>& pairs);
+
 using MinutiaPair = std::pair<TriangleVertex, TriangleVertex>;
 
 // Pairs ranked by similarity, joined corner by corner, those whose positions are both taken left

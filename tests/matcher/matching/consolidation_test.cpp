@@ -25,12 +25,7 @@ MinutiaPair Corner(const TriangleFeature& first, const TriangleFeature& second, 
     return {first.vertices[j], second.vertices[j]};
 }
 
-// A triangle pair by its similarity and the two indices.
-TrianglePair PairOf(int similarity, std::size_t first, std::size_t second) {
-    return {static_cast<std::uint16_t>(kMaxSimilarity - similarity),
-            static_cast<std::uint16_t>(first),
-            static_cast<std::uint16_t>(second)};
-}
+using PairOf = naive::TrianglePair;  // by its similarity and the two indices
 
 struct Consolidated {
     bool areEnough = false;
@@ -40,7 +35,7 @@ struct Consolidated {
 // Consolidates pairs of two lists in orientation 0, which takes the lists as they stand.
 Consolidated ConsolidatedPairs(const std::vector<TriangleFeature>& first,
                                const std::vector<TriangleFeature>& second,
-                               const std::vector<TrianglePair>& trianglePairs) {
+                               const std::vector<PairOf>& trianglePairs) {
     test::FingersInMatch fingers({3, first}, {3, second});
     const std::vector<MinutiaPair> earlier = {{{1, 1, 1, 1}, {2, 2, 2, 2}}};
     fingers.context().minutiaPairs = earlier;
@@ -51,7 +46,7 @@ Consolidated ConsolidatedPairs(const std::vector<TriangleFeature>& first,
 
 TEST(ConsolidatePairs, StopsAtFewerThanThreeTrianglePairs) {
     const TriangleFeature a = Triangle({60, 50, 40});
-    const Consolidated two = ConsolidatedPairs({a}, {a}, {PairOf(1024, 0, 0), PairOf(1024, 0, 0)});
+    const Consolidated two = ConsolidatedPairs({a}, {a}, {PairOf{1024, 0, 0}, PairOf{1024, 0, 0}});
     EXPECT_FALSE(two.areEnough);
     EXPECT_TRUE(two.pairs.empty());
     const Consolidated none = ConsolidatedPairs({a}, {a}, {});
@@ -63,7 +58,7 @@ TEST(ConsolidatePairs, StopsAtFewerThanThreeDistinctMinutiaPairs) {
     TriangleFeature a = Triangle({60, 50, 40});
     a.vertices[2] = a.vertices[1];
     const Consolidated result =
-        ConsolidatedPairs({a}, {a}, {PairOf(1024, 0, 0), PairOf(1024, 0, 0), PairOf(1024, 0, 0)});
+        ConsolidatedPairs({a}, {a}, {PairOf{1024, 0, 0}, PairOf{1024, 0, 0}, PairOf{1024, 0, 0}});
     EXPECT_FALSE(result.areEnough);
     EXPECT_EQ(result.pairs.size(), 2U);
 }
@@ -72,7 +67,7 @@ TEST(ConsolidatePairs, KeepsACorrespondenceOfSeveralTrianglePairsOnce) {
     const TriangleFeature a = Triangle({60, 50, 40});
     const TriangleFeature b = Radial({60, 50, 40});
     const Consolidated result =
-        ConsolidatedPairs({a}, {b}, {PairOf(1024, 0, 0), PairOf(1000, 0, 0), PairOf(900, 0, 0)});
+        ConsolidatedPairs({a}, {b}, {PairOf{1024, 0, 0}, PairOf{1000, 0, 0}, PairOf{900, 0, 0}});
     EXPECT_TRUE(result.areEnough);
     EXPECT_EQ(result.pairs, (std::vector{Corner(a, b, 0), Corner(a, b, 1), Corner(a, b, 2)}));
 }
@@ -104,11 +99,11 @@ TEST(ConsolidatePairs, DropsACorrespondenceOnlyWhenBothItsPositionsAreTaken) {
     const Consolidated result =
         ConsolidatedPairs(a,
                           b,
-                          {PairOf(1000, 0, 0),   // all new
-                           PairOf(900, 1, 0),    // first positions new, second taken: kept
-                           PairOf(800, 0, 1),    // first positions taken, second new: kept
-                           PairOf(700, 1, 1),    // never met before, but both taken: dropped
-                           PairOf(600, 2, 1)});  // first positions new: kept
+                          {PairOf{1000, 0, 0},   // all new
+                           PairOf{900, 1, 0},    // first positions new, second taken: kept
+                           PairOf{800, 0, 1},    // first positions taken, second new: kept
+                           PairOf{700, 1, 1},    // never met before, but both taken: dropped
+                           PairOf{600, 2, 1}});  // first positions new: kept
     EXPECT_TRUE(result.areEnough);
     std::vector<MinutiaPair> expected;
     for (const auto& [first, second] :
@@ -125,7 +120,7 @@ TEST(ConsolidatePairs, GoesByPositionsNotByTriangles) {
     const std::vector<TriangleFeature> a = {
         Numbered(1), {.vertices = {{10, 0, 1, 0}, {10, 1, 2, 0}, {7, 7, 7, 0}}}, Numbered(2)};
     const Consolidated result =
-        ConsolidatedPairs(a, a, {PairOf(1000, 0, 0), PairOf(900, 1, 1), PairOf(800, 2, 2)});
+        ConsolidatedPairs(a, a, {PairOf{1000, 0, 0}, PairOf{900, 1, 1}, PairOf{800, 2, 2}});
     EXPECT_TRUE(result.areEnough);
     EXPECT_EQ(result.pairs,
               (std::vector{Corner(a[0], a[0], 0),
@@ -144,7 +139,7 @@ TEST(ConsolidatePairs, TellsPositionsApartByBothCoordinatesAndNothingElse) {
     const Consolidated result =
         ConsolidatedPairs({a, sameSpots},
                           {a, sameSpots},
-                          {PairOf(1024, 0, 0), PairOf(1000, 1, 0), PairOf(900, 0, 1)});
+                          {PairOf{1024, 0, 0}, PairOf{1000, 1, 0}, PairOf{900, 0, 1}});
     EXPECT_TRUE(result.areEnough);
     EXPECT_EQ(result.pairs, (std::vector{Corner(a, a, 0), Corner(a, a, 1), Corner(a, a, 2)}));
 }
@@ -156,11 +151,11 @@ TEST(ConsolidatePairs, RanksBySimilarityAndKeepsTheOrderOfEqualOnes) {
     }
     const Consolidated result = ConsolidatedPairs(a,
                                                   a,
-                                                  {PairOf(500, 0, 0),
-                                                   PairOf(900, 1, 1),
-                                                   PairOf(500, 2, 2),
-                                                   PairOf(1024, 3, 3),
-                                                   PairOf(900, 4, 4)});
+                                                  {PairOf{500, 0, 0},
+                                                   PairOf{900, 1, 1},
+                                                   PairOf{500, 2, 2},
+                                                   PairOf{1024, 3, 3},
+                                                   PairOf{900, 4, 4}});
     EXPECT_TRUE(result.areEnough);
     ASSERT_EQ(result.pairs.size(), 15U);
     const std::array<std::size_t, 5> ranked = {3, 1, 4, 0, 2};
@@ -171,10 +166,10 @@ TEST(ConsolidatePairs, RanksBySimilarityAndKeepsTheOrderOfEqualOnes) {
 
 TEST(ConsolidatePairs, KeepsTheOrderOfManyPairsOfEqualSimilarity) {
     std::vector<TriangleFeature> a;
-    std::vector<TrianglePair> pairs;
+    std::vector<PairOf> pairs;
     for (std::uint8_t i = 0; i < 25; ++i) {
         a.push_back(Numbered(i));
-        pairs.push_back(PairOf(i % 2 == 0 ? 700 : 800, i, i));
+        pairs.push_back(PairOf{i % 2 == 0 ? 700 : 800, i, i});
     }
     const Consolidated result = ConsolidatedPairs(a, a, pairs);
     EXPECT_TRUE(result.areEnough);
@@ -189,7 +184,7 @@ TEST(ConsolidatePairs, KeepsTheOrderOfManyPairsOfEqualSimilarity) {
 // All similarities that a pair can have and beyond, in an order far from ranked.
 TEST(ConsolidatePairs, RanksEverySimilarityFromOneTo1024) {
     std::vector<TriangleFeature> a(1024);
-    std::vector<TrianglePair> pairs;
+    std::vector<PairOf> pairs;
     for (unsigned i = 0; i < 1024; ++i) {
         for (std::uint8_t corner = 0; corner < 3; ++corner) {
             a[i].vertices[corner] = {static_cast<std::uint8_t>(i % 256),
@@ -197,7 +192,7 @@ TEST(ConsolidatePairs, RanksEverySimilarityFromOneTo1024) {
                                      0,
                                      0};
         }
-        pairs.push_back(PairOf(static_cast<int>(1 + i * 389 % 1024), i, i));
+        pairs.push_back(PairOf{static_cast<int>(1 + i * 389 % 1024), i, i});
     }
     const Consolidated result = ConsolidatedPairs(a, a, pairs);
     ASSERT_EQ(result.pairs.size(), 3072U);
@@ -212,7 +207,7 @@ TEST(ConsolidatePairs, ForgetsThePositionsOfAnEarlierMatch) {
     const TriangleFeature a = MakeTriangleFeature({10, 10, 1, 0}, {60, 10, 2, 1}, {30, 50, 3, 2});
     test::FingersInMatch fingers({3, {a}}, {3, {a}});
     for (std::size_t orientation = 0; orientation < kOrientations; ++orientation) {
-        fingers.setPairs(orientation, std::vector(3, PairOf(1024, 0, 0)));
+        fingers.setPairs(orientation, std::vector(3, PairOf{1024, 0, 0}));
         EXPECT_TRUE(consolidatePairs(fingers.context(), orientation));
         EXPECT_EQ(fingers.context().minutiaPairs.size(), 3U) << orientation;
     }
@@ -223,7 +218,7 @@ TEST(ConsolidatePairs, PairsWithTheTurnedTrianglesVerticesInTheirOwnOrder) {
     for (int turns = 0; turns < 4; ++turns) {
         test::FingersInMatch fingers({3, {a}}, {3, {a}});
         const auto orientation = static_cast<std::size_t>(turns);
-        fingers.setPairs(orientation, std::vector(3, PairOf(1024, 0, 0)));
+        fingers.setPairs(orientation, std::vector(3, PairOf{1024, 0, 0}));
         EXPECT_TRUE(consolidatePairs(fingers.context(), orientation));
         const TriangleFeature turned = naive::Turned(std::vector{a}, turns).at(0);
         EXPECT_EQ(test::Copied(fingers.context().minutiaPairs),

@@ -31,9 +31,8 @@ inline matcher::TriangleFeature Triangle(Sides sides) {
 
 // The pairs of two lists in orientation 0. It takes the lists as they stand, so that their
 // triangles need not be such as the constructor makes.
-inline std::vector<naive::TrianglePair> PairsOf(
-    const std::vector<matcher::TriangleFeature>& first,
-    const std::vector<matcher::TriangleFeature>& second) {
+inline TrianglePairs PairsOf(const std::vector<matcher::TriangleFeature>& first,
+                             const std::vector<matcher::TriangleFeature>& second) {
     return SearchedFingers({3, first}, {3, second}).pairs(0);
 }
 

@@ -30,8 +30,8 @@ std::vector<TriangleFeature> OneOfEachKey() {
 // Indices of the triangles of OneOfEachKey that pair with one of that key.
 std::vector<int> KeysFound(int key) {
     std::vector<int> keys;
-    for (const naive::TrianglePair& pair : PairsOf({Triangle({key, 0, 0})}, OneOfEachKey())) {
-        keys.push_back(static_cast<int>(pair.b) - 128);
+    for (const TrianglePair& pair : PairsOf({Triangle({key, 0, 0})}, OneOfEachKey())) {
+        keys.push_back(int{pair.second} - 128);
     }
     return keys;
 }
@@ -66,11 +66,11 @@ TEST(KeyRange, WrapsItsLimitsInEightBits) {
 TEST(KeyRange, MovesOnWithTheKeysOfTheFirstFinger) {
     // All keys at once, so that the range is moved and not made anew: the same as one by one.
     const auto triangles = OneOfEachKey();
-    std::vector<naive::TrianglePair> expected;
+    test::TrianglePairs expected;
     for (int key = -128; key <= 127; ++key) {
         for (const int other : KeysFound(key)) {
             expected.push_back(
-                {1024, static_cast<std::size_t>(key + 128), static_cast<std::size_t>(other + 128)});
+                {static_cast<std::uint16_t>(key + 128), static_cast<std::uint16_t>(other + 128)});
         }
     }
     EXPECT_EQ(PairsOf(triangles, triangles), expected);
@@ -84,8 +84,7 @@ TEST(KeyRange, HoldsAllTrianglesOfEqualKeyAndNothingOfAGap) {
                                                     Triangle({67, 1, 0}),
                                                     Triangle({67, 2, 0}),
                                                     Triangle({68, 1, 0})};
-    const std::vector<naive::TrianglePair> expected = {
-        {1024, 0, 2}, {1024, 0, 3}, {1024, 0, 4}, {1024, 0, 5}};
+    const test::TrianglePairs expected = {{0, 2}, {0, 3}, {0, 4}, {0, 5}};
     EXPECT_EQ(PairsOf({Triangle({50, 1, 0})}, triangles), expected);
     EXPECT_TRUE(PairsOf({Triangle({90, 1, 0})}, triangles).empty());
     EXPECT_TRUE(PairsOf({Triangle({-30, 1, 0})}, triangles).empty());
@@ -96,24 +95,24 @@ TEST(KeyRange, SpansTheStretchesOfALongList) {
     // 300 triangles in stretches of 128: all of them, those around the seams, and the last ones.
     for (const auto& [begin, end] : {std::pair{0U, 300U}, {60U, 70U}, {120U, 135U}, {250U, 300U}}) {
         std::vector<TriangleFeature> second;
-        std::vector<naive::TrianglePair> expected;
+        test::TrianglePairs expected;
         for (unsigned i = 0; i < 300; ++i) {
             second.push_back(Triangle({i < begin ? 10 : i < end ? 50 : 90, 5, 5}));
             if (i >= begin && i < end) {
-                expected.push_back({1024, 0, i});
+                expected.push_back({0, static_cast<std::uint16_t>(i)});
             }
         }
         EXPECT_EQ(PairsOf({Triangle({50, 5, 5})}, second), expected) << begin << " to " << end;
     }
 }
 
-TEST(SearchTrianglePairs, FindsThePairsInTheOrderOfBothLists) {
+TEST(SearchTrianglePairs, FindsPairsOfEqualRankInTheOrderOfBothLists) {
     const std::vector<TriangleFeature> first = {Triangle({60, 50, 40}), Triangle({70, 50, 40})};
     const std::vector<TriangleFeature> second = {
         Triangle({52, 50, 40}), Triangle({55, 50, 40}), Triangle({70, 50, 40})};
-    // 70 - 52 = 18 is too much; nothing else differs than a side, so no pair costs anything.
-    const std::vector<naive::TrianglePair> expected = {
-        {1024, 0, 0}, {1024, 0, 1}, {1024, 0, 2}, {1024, 1, 1}, {1024, 1, 2}};
+    // 70 - 52 = 18 is too much; nothing else differs than a side, so no pair costs anything and
+    // all rank the same.
+    const test::TrianglePairs expected = {{0, 0}, {0, 1}, {0, 2}, {1, 1}, {1, 2}};
     EXPECT_EQ(PairsOf(first, second), expected);
 }
 
@@ -147,7 +146,7 @@ TEST(SearchTrianglePairs, FillsEachOrientationWithThePairsOfTheTurnedTriangle) {
         const auto fingers = test::SearchedFingers({3, {triangle}}, {3, turned});
         // Turned on to a whole turn it is the same triangle again.
         const auto back = static_cast<std::size_t>((4 - turns) % 4);
-        EXPECT_EQ(fingers.pairs(back), (std::vector<naive::TrianglePair>{{1024, 0, 0}})) << turns;
+        EXPECT_EQ(fingers.pairs(back), (test::TrianglePairs{{0, 0}})) << turns;
     }
 }
 
@@ -158,7 +157,7 @@ void ExpectAgreementWithTheOracle(const std::vector<TriangleFeature>& first,
         const auto orientation = static_cast<std::size_t>(turns);
         const auto turned = turns == 0 ? second : naive::Turned(second, turns);
         const auto pairs = naive::SearchTrianglePairs(first, turned);
-        ASSERT_EQ(fingers.pairs(orientation), pairs) << turns;
+        ASSERT_EQ(fingers.pairs(orientation), test::RankedPairs(pairs)) << turns;
         const bool enough = consolidatePairs(fingers.context(), orientation);
         const auto consolidated = naive::Consolidate(pairs, first, turned);
         EXPECT_EQ(enough, consolidated.size() >= 3);

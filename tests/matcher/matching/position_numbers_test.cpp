@@ -15,6 +15,10 @@
 namespace orl::matcher {
 namespace {
 
+std::pair<std::uint64_t, std::uint64_t> Words(PositionBits bits) {
+    return {bits[0], bits[1]};
+}
+
 using Numbers = std::vector<std::array<std::uint16_t, kCorners>>;
 
 struct Numbered {
@@ -30,7 +34,7 @@ void ExpectBitsOfNumbers(const PositionNumbers& numbers) {
             expected[0] |= positionBit(number)[0];
             expected[1] |= positionBit(number)[1];
         }
-        ASSERT_EQ(numbers.bitsOfTriangles[t], expected) << t;
+        ASSERT_EQ(Words(numbers.bitsOfTriangles[t]), Words(expected)) << t;
     }
 }
 
@@ -64,13 +68,16 @@ TEST(PositionNumbers, OfNoTrianglesAreNone) {
 }
 
 TEST(PositionBits, ShareTheLastBitFromNumber127On) {
-    EXPECT_EQ(positionBit(0), (PositionBits{1, 0}));
-    EXPECT_EQ(positionBit(63), (PositionBits{0x8000000000000000, 0}));
-    EXPECT_EQ(positionBit(64), (PositionBits{0, 1}));
-    EXPECT_EQ(positionBit(126), (PositionBits{0, 0x4000000000000000}));
-    EXPECT_EQ(positionBit(127), (PositionBits{0, 0x8000000000000000}));
-    EXPECT_EQ(positionBit(128), positionBit(127));
-    EXPECT_EQ(positionBit(30000), positionBit(127));
+    EXPECT_EQ(Words(positionBit(0)), (std::pair<std::uint64_t, std::uint64_t>{1, 0}));
+    EXPECT_EQ(Words(positionBit(63)),
+              (std::pair<std::uint64_t, std::uint64_t>{0x8000000000000000, 0}));
+    EXPECT_EQ(Words(positionBit(64)), (std::pair<std::uint64_t, std::uint64_t>{0, 1}));
+    EXPECT_EQ(Words(positionBit(126)),
+              (std::pair<std::uint64_t, std::uint64_t>{0, 0x4000000000000000}));
+    EXPECT_EQ(Words(positionBit(127)),
+              (std::pair<std::uint64_t, std::uint64_t>{0, 0x8000000000000000}));
+    EXPECT_EQ(Words(positionBit(128)), Words(positionBit(127)));
+    EXPECT_EQ(Words(positionBit(30000)), Words(positionBit(127)));
 }
 
 void ExpectPlainNumbers(const std::vector<TriangleFeature>& triangles) {

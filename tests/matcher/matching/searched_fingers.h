@@ -17,6 +17,17 @@
 
 namespace orl::test {
 
+using TrianglePairs = std::vector<matcher::TrianglePair>;
+
+// What the plain matcher found, without the similarities.
+inline TrianglePairs RankedPairs(const std::vector<naive::TrianglePair>& found) {
+    TrianglePairs pairs;
+    for (const naive::TrianglePair& pair : naive::Ranked(found)) {
+        pairs.push_back({static_cast<std::uint16_t>(pair.a), static_cast<std::uint16_t>(pair.b)});
+    }
+    return pairs;
+}
+
 class FingersInMatch {
   public:
     FingersInMatch(matcher::FingerFeatures first, matcher::FingerFeatures second)
@@ -30,21 +41,24 @@ class FingersInMatch {
     const matcher::FingerFeatures& first() const { return first_; }
     const matcher::FingerFeatures& second() const { return second_; }
 
-    // The pairs found in an orientation, the way the plain matcher gives them.
-    std::vector<naive::TrianglePair> pairs(std::size_t orientation) const {
-        std::vector<naive::TrianglePair> pairs;
-        for (const matcher::TrianglePair& pair : context_->trianglePairs[orientation].pairs()) {
-            pairs.push_back({matcher::kMaxSimilarity - pair.rank, pair.first, pair.second});
-        }
-        return pairs;
+    // The pairs found in an orientation, ranked.
+    TrianglePairs pairs(std::size_t orientation) const {
+        const auto pairs = context_->trianglePairs[orientation];
+        return {pairs.begin(), pairs.end()};
     }
 
-    // As if these pairs had been found.
-    void setPairs(std::size_t orientation, std::span<const matcher::TrianglePair> pairs) {
-        matcher::TrianglePairList& list = context_->trianglePairs[orientation];
-        list = matcher::TrianglePairList(pairs.size(), memory_->scratch);
-        list.reserveMore(pairs.size());
-        list.growTo(std::copy(pairs.begin(), pairs.end(), list.end()));
+    // As if these pairs had been found in that orientation.
+    void setPairs(std::size_t orientation, std::span<const naive::TrianglePair> pairs) {
+        std::vector<matcher::Candidate> candidates;
+        std::vector<matcher::OrientationRanks> ranks;
+        for (const naive::TrianglePair& pair : pairs) {
+            candidates.push_back(
+                {static_cast<std::uint16_t>(pair.a), static_cast<std::uint16_t>(pair.b), 1});
+            ranks.emplace_back().fill(matcher::kNotAlike);
+            ranks.back()[orientation] =
+                static_cast<matcher::PairRank>(matcher::kMaxSimilarity - pair.similarity);
+        }
+        context_->trianglePairs = matcher::rankedPairs(candidates, ranks, memory_->scratch);
     }
 
   private:
