@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "adapter/memory_wipe.h"
+#include "platform/memory_wipe.h"
 #include "platform/process_heap.h"
 
 namespace orl::adapter {
@@ -21,7 +21,7 @@ PUCHAR CopyToProcessHeap(const void* bytes, SIZE_T size) noexcept {
 
 void WipeAndFree(void* block, SIZE_T size) noexcept {
     if (block != nullptr) {
-        WipeMemory(block, size);
+        platform::WipeMemory(block, size);
         HeapFree(GetProcessHeap(), 0, block);
     }
 }

@@ -4,6 +4,7 @@
 #include "matcher/api/match_status.h"
 #include "matcher/api/match_steps.h"
 #include "matcher/matching/match_driver.h"
+#include "platform/memory_wipe.h"
 
 namespace orl::matcher {
 namespace {
@@ -61,6 +62,13 @@ void matchLoaded(const LoadedTemplate& probe,
     result.threshold = threshold;
     result.fingerAgreement = fingersAgree(probe, candidate, result);
     result.decision = decideMatch(decisionInput(result)) ? 1 : 0;
+}
+
+void wipeFingers(std::span<FingerFeatures> fingers) noexcept {
+    for (FingerFeatures& finger : fingers) {
+        platform::WipeMemory(finger.triangles.data(),
+                             finger.triangles.size() * sizeof(TriangleFeature));
+    }
 }
 
 std::int32_t finishMatch(std::int32_t status, TemplateMatchResult& result) {

@@ -4,6 +4,7 @@
 // that matches from memory links no code for files.
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -32,8 +33,25 @@ void matchLoaded(const LoadedTemplate& probe,
                  const LoadedTemplate& candidate,
                  TemplateMatchResult& result);
 
+// Overwrites the triangles of the fingers.
+void wipeFingers(std::span<FingerFeatures> fingers) noexcept;
+
 // Puts the status into the result and returns it.
 std::int32_t finishMatch(std::int32_t status, TemplateMatchResult& result);
+
+// The two templates of a match. What was built of them is wiped before it is freed.
+struct MatchTemplates {
+    LoadedTemplate probe;
+    LoadedTemplate candidate;
+
+    MatchTemplates() = default;
+    MatchTemplates(const MatchTemplates&) = delete;
+    MatchTemplates& operator=(const MatchTemplates&) = delete;
+    ~MatchTemplates() {
+        wipeFingers(probe.fingers);
+        wipeFingers(candidate.fingers);
+    }
+};
 
 // Loads both sides, the probe first, then matches and decides. A loader fills the template that it
 // is given and returns a match status.
@@ -41,14 +59,13 @@ template <typename LoadProbe, typename LoadCandidate>
 std::int32_t loadAndMatch(LoadProbe loadProbe,
                           LoadCandidate loadCandidate,
                           TemplateMatchResult& result) {
-    LoadedTemplate probe;
-    LoadedTemplate candidate;
-    std::int32_t status = loadProbe(probe);
+    MatchTemplates loaded;
+    std::int32_t status = loadProbe(loaded.probe);
     if (status == ORLFingerMatcher_StatusOk) {
-        status = loadCandidate(candidate);
+        status = loadCandidate(loaded.candidate);
     }
     if (status == ORLFingerMatcher_StatusOk) {
-        matchLoaded(probe, candidate, result);
+        matchLoaded(loaded.probe, loaded.candidate, result);
     }
     return finishMatch(status, result);
 }

@@ -130,6 +130,7 @@ TemplateMatchResult matchTemplates(std::span<const FingerFeatures> first,
 bool matchFingerAllOrientations(MatchContext& context, FingerMatchResult& best) {
     bool isReplaced = false;
     for (std::size_t orientation = 0; orientation < kOrientations; ++orientation) {
+        const Scratch::Mark mark(context.memory.scratch);
         const auto challenger = matchFinger(context, orientation, &best);
         if (challenger && IsBetterMatch(*challenger, best)) {
             best = *challenger;

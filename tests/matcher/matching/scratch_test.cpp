@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <numeric>
 #include <span>
 #include <vector>
@@ -88,6 +89,50 @@ TEST(Scratch, StartsAnewAfterARelease) {
     scratch->release();
     scratch->release();
     EXPECT_EQ(scratch->take<std::uint32_t>(10).data(), first);
+}
+
+TEST(Scratch, TakesBackWhatWasTakenSinceAMark) {
+    const auto scratch = std::make_unique<Scratch>();
+    const auto kept = scratch->take<std::uint32_t>(10);
+    std::fill(kept.begin(), kept.end(), 7U);
+    const std::uint32_t* taken = nullptr;
+    {
+        const Scratch::Mark mark(*scratch);
+        taken = scratch->take<std::uint32_t>(10).data();
+        const Scratch::Mark inner(*scratch);
+        scratch->take<std::uint8_t>(500 * 1024);  // from the heap
+    }
+    EXPECT_EQ(scratch->take<std::uint32_t>(10).data(), taken);
+    EXPECT_EQ(std::count(kept.begin(), kept.end(), 7U), 10);
+}
+
+TEST(Scratch, FillsItsBlockToTheLastByte) {
+    const auto scratch = std::make_unique<Scratch>();
+    std::size_t taken = 0;
+    while (LiesIn(*scratch, scratch->take<std::uint8_t>(16).data())) {
+        ++taken;
+    }
+    EXPECT_EQ(taken, 96 * 1024 / 16);
+    EXPECT_FALSE(LiesIn(*scratch, scratch->take<std::uint8_t>(1).data()));
+}
+
+// Its own storage, looked at after its end.
+TEST(Scratch, WipesWhatWasUsedOfItsBlock) {
+    const auto storage = std::make_unique<std::byte[]>(sizeof(Scratch) + alignof(Scratch));
+    void* place = storage.get();
+    std::size_t room = sizeof(Scratch) + alignof(Scratch);
+    std::align(alignof(Scratch), sizeof(Scratch), place, room);
+    auto* scratch = new (place) Scratch;
+    {
+        const Scratch::Mark mark(*scratch);
+        const auto marked = scratch->take<std::uint8_t>(3000);
+        std::fill(marked.begin(), marked.end(), std::uint8_t{1});
+    }
+    const auto last = scratch->take<std::uint8_t>(100);
+    std::fill(last.begin(), last.end(), std::uint8_t{1});
+    const std::byte* begin = reinterpret_cast<const std::byte*>(last.data());
+    scratch->~Scratch();
+    EXPECT_EQ(std::count(begin, begin + 3000, std::byte{0}), 3000);
 }
 
 TEST(Scratch, GivesAnEmptyArrayOnDemand) {
