@@ -6,7 +6,7 @@
 # their size. Builds and answers lie in build/same-answers, those of the presets in their own
 # folders. The exit status is 0 only when every build gives the same answers.
 set -uo pipefail
-cd "$(dirname "$(realpath "$0")")/.."
+cd "$(dirname "$(realpath "$0")")/.." || exit 1
 folder=build/same-answers
 mkdir -p "$folder"
 first=gcc-O0
