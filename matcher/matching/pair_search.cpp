@@ -1,11 +1,14 @@
 #include "matcher/matching/pair_search.h"
 
 #include <algorithm>
+#include <array>
+#include <limits>
 #include <span>
 
 #include "matcher/matching/candidate_index.h"
 #include "matcher/matching/candidate_list.h"
 #include "matcher/matching/kernels/candidate_ranks.h"
+#include "matcher/matching/kernels/running_sums.h"
 
 namespace orl::matcher {
 namespace {
@@ -16,63 +19,66 @@ std::int8_t searchKey(const TriangleFeature& triangle) {
     return static_cast<std::int8_t>(triangle.sides[0]);
 }
 
-// The triangles of a sorted list whose key lies within reach of a key that only grows from call to
-// call.
-class KeyRange {
+// Where the triangles of each search key begin in a sorted list.
+class KeyPlaces {
   public:
-    explicit KeyRange(std::span<const TriangleFeature> sorted) : sorted_(sorted) {}
+    struct Range {
+        std::size_t begin;
+        std::size_t end;
+    };
 
-    // Moves on to `key`; false when no triangle is in reach.
+    explicit KeyPlaces(std::span<const TriangleFeature> sorted) {
+        for (const TriangleFeature& triangle : sorted) {
+            ++begins_[indexOf(searchKey(triangle)) + 1];
+        }
+        makeRunningSums(begins_);
+    }
+
+    // The triangles whose key lies within reach of `key`.
     //
     // Deliberate: the limits wrap in 8 bits. A key within reach of either end of the signed range
     // gets an upper limit below its lower one, and so an empty range.
-    bool moveTo(std::int8_t key) {
+    Range near(std::int8_t key) const {
         const auto lowest = static_cast<std::int8_t>(key - kKeyReachGridUnits);
         const auto highest = static_cast<std::int8_t>(key + kKeyReachGridUnits);
         if (lowest > highest) {
-            return false;
+            return {0, 0};
         }
-        while (begin_ < sorted_.size() && searchKey(sorted_[begin_]) < lowest) {
-            ++begin_;
-        }
-        end_ = std::max(end_, begin_);
-        while (end_ < sorted_.size() && searchKey(sorted_[end_]) <= highest) {
-            ++end_;
-        }
-        return begin_ < end_;
+        return {begins_[indexOf(lowest)], begins_[indexOf(highest) + 1]};
     }
 
-    std::size_t begin() const { return begin_; }
-    std::size_t end() const { return end_; }
-
   private:
-    std::span<const TriangleFeature> sorted_;
-    std::size_t begin_ = 0;
-    std::size_t end_ = 0;
+    static constexpr std::size_t kKeys = 256;
+
+    static std::size_t indexOf(std::int8_t key) {
+        return static_cast<std::size_t>(key - std::numeric_limits<std::int8_t>::min());
+    }
+
+    // The end of the last key besides, filled up to what running sums are made of.
+    std::array<std::uint16_t, kKeys + kRunningSumsLanes> begins_{};
 };
 
 }  // namespace
 
 void searchTrianglePairs(MatchContext& context) {
     const CandidateIndex index(context.second, context.memory.scratch);
-    KeyRange range(context.second.triangles);
+    const KeyPlaces keys(context.second.triangles);
     CandidateList list(context.memory.scratch);
     for (std::size_t first = 0; first < context.firstTriangles.size(); ++first) {
-        if (!range.moveTo(searchKey(context.firstTriangles[first]))) {
+        const auto [begin, end] = keys.near(searchKey(context.firstTriangles[first]));
+        if (begin == end) {
             continue;
         }
         const CandidateIndex::Query query(context.firstCodes[first][0]);
-        const std::size_t endStretch =
-            (range.end() + kTrianglesPerStretch - 1) / kTrianglesPerStretch;
-        for (std::size_t stretch = range.begin() / kTrianglesPerStretch; stretch < endStretch;
-             ++stretch) {
+        const std::size_t endStretch = (end + kTrianglesPerStretch - 1) / kTrianglesPerStretch;
+        for (std::size_t stretch = begin / kTrianglesPerStretch; stretch < endStretch; ++stretch) {
             const std::size_t offset = stretch * kTrianglesPerStretch;
             list.add(first,
                      offset,
                      index.find(query,
                                 stretch,
-                                std::max(range.begin(), offset) - offset,
-                                std::min(range.end() - offset, kTrianglesPerStretch)));
+                                std::max(begin, offset) - offset,
+                                std::min(end - offset, kTrianglesPerStretch)));
         }
     }
     const std::span<const Candidate> candidates = list.candidates();

@@ -63,8 +63,8 @@ TEST(KeyRange, WrapsItsLimitsInEightBits) {
     }
 }
 
-TEST(KeyRange, MovesOnWithTheKeysOfTheFirstFinger) {
-    // All keys at once, so that the range is moved and not made anew: the same as one by one.
+TEST(KeyRange, IsFoundForEachKeyOfTheFirstFinger) {
+    // All keys at once give the same as one by one.
     const auto triangles = OneOfEachKey();
     test::TrianglePairs expected;
     for (int key = -128; key <= 127; ++key) {
