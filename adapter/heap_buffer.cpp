@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "platform/memory_wipe.h"
+#include "adapter/memory_wipe.h"
 #include "platform/process_heap.h"
 
 namespace orl::adapter {
@@ -21,7 +21,7 @@ PUCHAR CopyToProcessHeap(const void* bytes, SIZE_T size) noexcept {
 
 void WipeAndFree(void* block, SIZE_T size) noexcept {
     if (block != nullptr) {
-        platform::WipeMemory(block, size);
+        WipeMemory(block, size);
         HeapFree(GetProcessHeap(), 0, block);
     }
 }

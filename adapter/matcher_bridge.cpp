@@ -6,7 +6,7 @@
 #include <span>
 
 #include "adapter/engine_log.h"
-#include "platform/memory_wipe.h"
+#include "adapter/memory_wipe.h"
 #include "matcher/api/finger_matcher.h"
 
 namespace orl::adapter {
@@ -52,7 +52,7 @@ class RecordCopy {
     }
     ~RecordCopy() {
         if (data_ != nullptr) {
-            platform::WipeMemory(data_, size_);
+            WipeMemory(data_, size_);
             delete[] data_;
         }
     }

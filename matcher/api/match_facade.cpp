@@ -3,8 +3,8 @@
 #include "matcher/api/match_decision.h"
 #include "matcher/api/match_status.h"
 #include "matcher/api/match_steps.h"
+#include "matcher/features/memory_wipe.h"
 #include "matcher/matching/match_driver.h"
-#include "platform/memory_wipe.h"
 
 namespace orl::matcher {
 namespace {
@@ -66,8 +66,7 @@ void matchLoaded(const LoadedTemplate& probe,
 
 void wipeFingers(std::span<FingerFeatures> fingers) noexcept {
     for (FingerFeatures& finger : fingers) {
-        platform::WipeMemory(finger.triangles.data(),
-                             finger.triangles.size() * sizeof(TriangleFeature));
+        WipeMemory(finger.triangles.data(), finger.triangles.size() * sizeof(TriangleFeature));
     }
 }
 

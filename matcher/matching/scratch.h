@@ -14,7 +14,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "platform/memory_wipe.h"
+#include "matcher/features/memory_wipe.h"
 
 namespace orl::matcher {
 
@@ -23,7 +23,7 @@ class Scratch {
     Scratch() = default;
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
-    ~Scratch() { platform::WipeMemory(block_.data(), mostUsedBytes_); }
+    ~Scratch() { WipeMemory(block_.data(), mostUsedBytes_); }
 
     // An array of `count` uninitialised values, aligned to 16 bytes at least. Valid until release,
     // or until a mark set before is gone. Throws: std::bad_alloc.
@@ -75,7 +75,7 @@ class Scratch {
         static void operator delete(void* block) {
             ::operator delete (block, std::align_val_t{kGreatestAlignment});
         }
-        ~HeapBlock() { platform::WipeMemory(this + 1, bytes); }
+        ~HeapBlock() { WipeMemory(this + 1, bytes); }
     };
 
     void* takeFromHeap(std::size_t bytes) {

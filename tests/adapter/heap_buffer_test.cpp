@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/memory_wipe.h"
+#include "adapter/memory_wipe.h"
 #include "platform/process_heap.h"
 #include "tests/adapter/adapter_test.h"
 
@@ -70,7 +70,7 @@ TEST_F(HeapBuffer, LeavesNullBlocksAloneWhateverTheirSize) {
 TEST(MemoryWipe, ZeroesTheGivenBytesAndNoOther) {
     for (std::size_t size = 0; size <= 64; ++size) {
         std::vector<std::uint8_t> bytes(66, 0xAB);
-        platform::WipeMemory(bytes.data() + 1, size);
+        adapter::WipeMemory(bytes.data() + 1, size);
         std::vector<std::uint8_t> expected(66, 0xAB);
         std::fill_n(expected.begin() + 1, size, std::uint8_t{0});
         EXPECT_EQ(bytes, expected) << "size " << size;
@@ -78,7 +78,7 @@ TEST(MemoryWipe, ZeroesTheGivenBytesAndNoOther) {
 }
 
 TEST(MemoryWipe, AcceptsNoBytesAtNull) {
-    platform::WipeMemory(nullptr, 0);
+    adapter::WipeMemory(nullptr, 0);
 }
 
 }  // namespace

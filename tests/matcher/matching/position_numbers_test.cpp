@@ -16,7 +16,7 @@ namespace orl::matcher {
 namespace {
 
 std::pair<std::uint64_t, std::uint64_t> Words(PositionBits bits) {
-    return {bits[0], bits[1]};
+    return {std::uint64_t{bits[0]}, std::uint64_t{bits[1]}};
 }
 
 using Numbers = std::vector<std::array<std::uint16_t, kCorners>>;

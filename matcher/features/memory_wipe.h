@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstring>
 
-namespace orl::platform {
+namespace orl::matcher {
 
 // Sets bytes[0..size) to zero in a way that the compiler may not leave out, although nothing reads
 // them afterwards. A null pointer is allowed when size is 0.
@@ -28,4 +28,4 @@ inline void WipeMemory(void* bytes, std::size_t size) noexcept {
     }
 }
 
-}  // namespace orl::platform
+}  // namespace orl::matcher
