@@ -64,7 +64,7 @@ class Scratch {
     };
 
   private:
-    static constexpr std::size_t kBlockBytes = std::size_t{96} * 1024;
+    static constexpr std::size_t kBlockBytes = std::size_t{120} * 1024;
     static constexpr std::size_t kGreatestAlignment = 64;
 
     // Stands at the beginning of a block from the heap, `bytes` of which follow.

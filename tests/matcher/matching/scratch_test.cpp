@@ -112,7 +112,7 @@ TEST(Scratch, FillsItsBlockToTheLastByte) {
     while (LiesIn(*scratch, scratch->take<std::uint8_t>(16).data())) {
         ++taken;
     }
-    EXPECT_EQ(taken, 96 * 1024 / 16);
+    EXPECT_EQ(taken, 120 * 1024 / 16);
     EXPECT_FALSE(LiesIn(*scratch, scratch->take<std::uint8_t>(1).data()));
 }
 
