@@ -15,6 +15,10 @@ void NoteDifference(AnswerComparison& comparison,
     }
 }
 
+bool AreNear(float first, float second) {
+    return ShareOfDifference(first, second) <= kFractionTolerance;
+}
+
 // Returns whether all fractions are near enough.
 bool CompareFractions(AnswerComparison& comparison, const Answer& first, const Answer& second) {
     const std::vector<float> a = FractionsOf(first);
@@ -36,7 +40,10 @@ void CompareLines(AnswerComparison& comparison,
                   const std::string& secondLine) {
     const Answer first = AnswerOfLine(firstLine);
     const Answer second = AnswerOfLine(secondLine);
-    const bool near = CompareFractions(comparison, first, second);
+    const bool isTie = IsTie(first, second);
+    comparison.ties += isTie ? 1 : 0;
+    comparison.fractionsUnequal += isTie ? 1 : 0;
+    const bool near = isTie || CompareFractions(comparison, first, second);
     const bool equal = WholeTextOf(first) == WholeTextOf(second);
     comparison.wholeDifferences += equal ? 0 : 1;
     if (!near || !equal) {
@@ -46,6 +53,14 @@ void CompareLines(AnswerComparison& comparison,
 }
 
 }  // namespace
+
+bool IsTie(const Answer& first, const Answer& second) {
+    const matcher::TemplateMatchResult& a = first.result;
+    const matcher::TemplateMatchResult& b = second.result;
+    return a.refined != 0 && b.refined != 0 && a.rotationDegrees != b.rotationDegrees &&
+           a.matchedCount == b.matchedCount && AreNear(a.matchedRatio, b.matchedRatio) &&
+           AreNear(a.coverage, b.coverage) && AreNear(a.distanceMedian, b.distanceMedian);
+}
 
 double ShareOfDifference(float first, float second) {
     if (first == second) {

@@ -19,7 +19,8 @@ struct AnswerComparison {
     std::size_t wholeDifferences = 0;  // answers that differ in anything but fractions
     std::size_t fractionsTooFar = 0;   // fractions that differ by more than the tolerance
     std::size_t fractionsUnequal = 0;  // fractions that differ at all
-    double greatestDifference = 0;     // of two fractions, as a share of their size
+    double greatestDifference = 0;     // of two fractions, as a share of their size; not of ties
+    std::size_t ties = 0;              // see IsTie
     std::string firstDifference;       // the two lines of the first pair that is not the same
 
     bool Same() const { return wholeDifferences == 0 && fractionsTooFar == 0; }
@@ -30,6 +31,11 @@ struct AnswerComparison {
 // difference, and so is an empty set of answers.
 // Throws: std::runtime_error for a line that is no answer.
 AnswerComparison CompareAnswers(std::istream& first, std::istream& second);
+
+// Whether two answers take two refined alignments that are alike, within the tolerance, in all that
+// decides between them before the angle: which one wins hangs on the last bits of the distances.
+// Their rotations and angle medians have nothing to do with each other then.
+bool IsTie(const Answer& first, const Answer& second);
 
 // The difference of two fractions as a share of the greater one's size; 0 for equal ones, infinite
 // where one is not a number.

@@ -56,6 +56,35 @@ TEST(CompareAnswers, FindsAnyOtherDifference) {
     EXPECT_EQ(whole.fractionsTooFar, 0U);
 }
 
+std::string RefinedLine(float rotation, float distance, std::uint32_t refined = 1) {
+    Answer answer{.pair = "set 0 1"};
+    answer.result.rotationDegrees = rotation;
+    answer.result.distanceMedian = distance;
+    answer.result.angleMedian = rotation / 2;
+    answer.result.refined = refined;
+    return LineOf(answer) + "\n";
+}
+
+TEST(CompareAnswers, CountsTiesOfRefinedAlignmentsApart) {
+    const AnswerComparison tie = Compare(RefinedLine(11, 4.5F), RefinedLine(13, 4.50001F));
+    EXPECT_TRUE(tie.Same());
+    EXPECT_FALSE(tie.SameBits());
+    EXPECT_EQ(tie.ties, 1U);
+    EXPECT_EQ(tie.greatestDifference, 0.0);
+}
+
+TEST(CompareAnswers, TakesNoOtherRotationForATie) {
+    const AnswerComparison farther = Compare(RefinedLine(11, 4.5F), RefinedLine(13, 4.501F));
+    EXPECT_FALSE(farther.Same());
+    EXPECT_EQ(farther.ties, 0U);
+    const AnswerComparison plain = Compare(RefinedLine(11, 4.5F, 0), RefinedLine(13, 4.5F, 0));
+    EXPECT_FALSE(plain.Same());
+    EXPECT_EQ(plain.ties, 0U);
+    const AnswerComparison same = Compare(RefinedLine(11, 4.5F), RefinedLine(11, 4.5F));
+    EXPECT_TRUE(same.SameBits());
+    EXPECT_EQ(same.ties, 0U);
+}
+
 TEST(CompareAnswers, FindsMissingAnswersAndEmptyLists) {
     const std::string one = LineWith(1, 0.5F);
     EXPECT_FALSE(Compare(one, one + one).Same());

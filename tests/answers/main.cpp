@@ -56,7 +56,7 @@ int Compare(const std::string& firstName, const std::string& secondName, bool ex
               << " matched, whole figures " << comparison.digest.WholeDigest() << ", "
               << comparison.wholeDifferences << " answers differ; " << comparison.fractionsUnequal
               << " fractions differ, by " << comparison.greatestDifference
-              << " of their size at most\n"
+              << " of their size at most, " << comparison.ties << " ties decided otherwise\n"
               << comparison.firstDifference;
     const bool same = exact ? comparison.SameBits() : comparison.Same();
     return same ? kSame : kDifferent;
