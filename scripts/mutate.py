@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
-"""mutate.py [--rooms ROOM...] [--count N] [--seed N] [--list]: do the tests notice a changed program?
+"""mutate.py [--rooms ROOM...] [--files REGEX] [--count N | --survivors] [--seed N] [--list]
+
+Do the tests notice a changed program?
 
 Changes one token of the shipped code at a time (a limit by one, < to <=, && to ||, two arguments
 swapped, a statement dropped ...), builds the tests of that room and runs them. A change that no test
@@ -147,11 +149,12 @@ def mutations_of(name):
     return found
 
 
-def files_of(rooms):
+def files_of(rooms, pattern):
     tracked = subprocess.run(["git", "ls-files", *rooms], cwd=ROOT, check=True,
                              stdout=subprocess.PIPE, text=True).stdout.split()
     return [name for name in tracked
-            if name.endswith((".cpp", ".h")) and not name.endswith(LEFT_OUT)]
+            if name.endswith((".cpp", ".h")) and not name.endswith(LEFT_OUT)
+            and re.search(pattern, name)]
 
 
 def tests_of(name):
@@ -279,11 +282,20 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--rooms", nargs="+", default=["adapter", "matcher/api"], choices=TESTS)
+    parser.add_argument("--files", default="", metavar="REGEX", help="only files of such names")
     parser.add_argument("--count", type=int, default=100, help="how many changes to try")
+    parser.add_argument("--survivors", action="store_true",
+                        help="only those that survived an earlier run and have no reason yet")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--list", action="store_true", help="only tell which would be tried")
     arguments = parser.parse_args()
-    possible = [mutation for name in files_of(arguments.rooms) for mutation in mutations_of(name)]
+    possible = [mutation for name in files_of(arguments.rooms, arguments.files)
+                for mutation in mutations_of(name)]
+    if arguments.survivors:
+        done, known = earlier_results(), equivalents()
+        possible = [mutation for mutation in possible
+                    if done.get(mutation.key()) == "SURVIVED" and mutation.key() not in known]
+        arguments.count = len(possible)
     chosen = random.Random(arguments.seed).sample(possible, min(arguments.count, len(possible)))
     print(f"{len(possible)} changes possible in {', '.join(arguments.rooms)}; "
           f"{len(chosen)} chosen by seed {arguments.seed}")

@@ -171,6 +171,22 @@ TEST(DelaunayMesh, TakesPointsWithinEpsilonOfEachOtherForOne) {
     EXPECT_THAT(two.vertices(), Contains(3));
 }
 
+TEST(DelaunayMesh, TakesPointsEpsilonApartAlongEitherAxisForOne) {
+    // Doubles from 1 on are epsilon apart. The first three points are the seed; 3 lies beyond it on
+    // the axis, and 4 a step or two further out, where it sees the edge from 3 to the other axis.
+    constexpr double kEpsilon = 2.220446049250313e-16;
+    for (const double steps : {1.0, 2.0}) {
+        const double far = 1 + steps * kEpsilon;
+        const Points alongX = {0, 0, 0.25, 0, 0, 0.25, 1, 0, far, 0};
+        const Points alongY = {0, 0, 0, 0.25, 0.25, 0, 0, 1, 0, far};
+        for (const Points& points : {alongX, alongY}) {
+            const DelaunayMesh mesh(points);
+            EXPECT_THAT(mesh.vertices(), Contains(3));
+            EXPECT_THAT(mesh.vertices(), Contains(4).Times(steps > 1 ? 1 : 0)) << steps;
+        }
+    }
+}
+
 // Deliberate: the box maxima start at a tiny positive number.
 TEST(DelaunayMesh, SeedsNearTheMiddleBetweenTheMinimaAndZeroWhenEveryCoordinateIsNegative) {
     // The box is taken as (-10, -10) to (0, 0), its centre as (-5, -5). Squared distances: 50, 18,
