@@ -35,7 +35,7 @@ TemplateMatchResult WithoutDecision(TemplateMatchResult result) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    constexpr std::size_t kMostBytes = 2000;  // the plain matcher is slow on large records
+    constexpr std::size_t kMostBytes = 700;  // the plain matcher is slow on large records
     if (size > kMostBytes) {
         return 0;
     }
