@@ -11,7 +11,7 @@ cd "$(dirname "$(realpath "$0")")"
 scripts/install_packages.sh clang libclang-rt-14-dev cmake ninja-build libcli11-dev \
   nlohmann-json3-dev libsqlite3-dev
 cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz
+cmake --build --preset fuzz --target fuzz_targets
 
 if [ $# -gt 0 ]; then
   targets=("${@/#/build/fuzz/bin/fuzz_}")

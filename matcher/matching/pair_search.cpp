@@ -55,6 +55,7 @@ class KeyPlaces {
     }
 
     // The end of the last key besides, filled up to what running sums are made of.
+    static_assert(kKeys % kRunningSumsLanes == 0);
     std::array<std::uint16_t, kKeys + kRunningSumsLanes> begins_{};
 };
 

@@ -7,6 +7,7 @@
 
 #include "adapter/enrollment.h"
 #include "tests/adapter/adapter_test.h"
+#include "tests/adapter/stored_record_lines.h"
 
 namespace orl::test {
 namespace {
@@ -15,14 +16,10 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-// The pending template holds a record of 3 minutiae, the stored ones of 4: 48 and 54 bytes.
+// The pending template holds a record of 3 minutiae.
 const std::string kEntry = ">> EngineAdapterCheckForDuplicate";
 const std::string kPendingOk = "ExtractISOFromBIR: OK isoSize=48";
 const std::string kPendingFound = ResultLine("ExtractISOFromBIR(pending)", "00000000");
-const std::string kStoredOk = "ExtractISOFromBIR: OK isoSize=54";
-const std::string kSizes = "MatchISOTemplates enrolledSize=54 capturedSize=48";
-const std::string kQueryOk = ResultLine("StorageInterface->QueryByContent", "00000000");
-const std::string kRecordOk = ResultLine("StorageInterface->GetCurrentRecord", "00000000");
 
 std::string NoDuplicate(int records) {
     return "EngineAdapterCheckForDuplicate: no duplicate found after " + std::to_string(records) +

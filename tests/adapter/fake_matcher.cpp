@@ -9,7 +9,7 @@
 namespace orl::test {
 namespace {
 
-bool IsZero(const char* text, std::int32_t size) {
+bool IsZeroText(const char* text, std::int32_t size) {
     return std::all_of(text, text + size, [](char c) { return c == '\0'; });
 }
 
@@ -26,7 +26,7 @@ std::int32_t ORLFingerMatcher_Initialize(char* errorText, std::int32_t errorText
     orl::test::FakeMatcher& fake = orl::test::TheFakeMatcher();
     ++fake.initializations;
     fake.initializeErrorTextSize = errorTextSize;
-    fake.initializeErrorTextWasZero = orl::test::IsZero(errorText, errorTextSize);
+    fake.initializeErrorTextWasZero = orl::test::IsZeroText(errorText, errorTextSize);
     if (fake.initializeRaise) {
         fake.initializeRaise();
     }
@@ -63,7 +63,7 @@ std::int32_t ORLFingerMatcher_Match(const std::uint8_t* probe,
                             .candidate = {candidate, candidate + candidateSize},
                             .threshold = threshold,
                             .errorTextSize = errorTextSize,
-                            .errorTextWasZero = orl::test::IsZero(errorText, errorTextSize)});
+                            .errorTextWasZero = orl::test::IsZeroText(errorText, errorTextSize)});
     // Whatever the caller finds in the buffers, the status alone must count.
     std::strncpy(errorText, "text of the match", static_cast<std::size_t>(errorTextSize) - 1);
     *result = {};

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/adapter/adapter_test.h"
+#include "tests/adapter/stored_record_lines.h"
 
 namespace orl::test {
 namespace {
@@ -16,13 +17,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-// BIRs of 3 and 4 minutiae: records of 48 and 54 bytes behind a 32-byte header.
+// The captured BIR holds a record of 3 minutiae.
 const std::string kCapturedOk = "ExtractISOFromBIR: OK isoSize=48";
-const std::string kStoredOk = "ExtractISOFromBIR: OK isoSize=54";
-const std::string kSizes = "MatchISOTemplates enrolledSize=54 capturedSize=48";
 const std::string kCapturedFound = ResultLine("ExtractISOFromBIR(captured)", "00000000");
-const std::string kQueryOk = ResultLine("StorageInterface->QueryByContent", "00000000");
-const std::string kRecordOk = ResultLine("StorageInterface->GetCurrentRecord", "00000000");
 constexpr char kDash[] = "\xE2\x80\x94";
 
 // A BIR whose standard data block ends one byte beyond it.

@@ -20,7 +20,7 @@ RecordMinutia AnyMinutia(const RecordContent& content, ChanceStream& chance) {
     minutia.type = static_cast<std::uint8_t>(1 + chance.Below(2));
     minutia.x = chance.PixelBelow(content.imageWidth);
     minutia.y = chance.PixelBelow(content.imageHeight);
-    minutia.angleByte = static_cast<std::uint8_t>(chance.Below(kByteValues));
+    minutia.angleByte = chance.Byte();
     return minutia;
 }
 
@@ -153,7 +153,7 @@ void PutBeyondTheImage(RecordContent& content, ChanceStream& chance) {
 }
 
 void PointOneWay(RecordContent& content, ChanceStream& chance) {
-    const auto angleByte = static_cast<std::uint8_t>(chance.Below(kByteValues));
+    const auto angleByte = chance.Byte();
     for (RecordMinutia& minutia : MinutiaeOf(content)) {
         minutia.angleByte = angleByte;
         minutia.type = 1;
@@ -266,11 +266,11 @@ void OverstateExtendedData(RecordContent& content, ChanceStream& chance) {
 }
 
 void MiscountMinutiae(RecordContent& content, ChanceStream& chance) {
-    content.views.front().declaredMinutiae = static_cast<std::uint8_t>(chance.Below(kByteValues));
+    content.views.front().declaredMinutiae = chance.Byte();
 }
 
 void MiscountViews(RecordContent& content, ChanceStream& chance) {
-    content.declaredViews = static_cast<std::uint8_t>(chance.Below(kByteValues));
+    content.declaredViews = chance.Byte();
 }
 
 void MisstateTheLength(RecordContent& content, ChanceStream& chance) {

@@ -20,7 +20,9 @@ class ChanceStream {
     // A figure from 0 to limit - 1. REQUIRES: limit > 0.
     std::size_t Below(std::size_t limit) { return random_.nextBits() % limit; }
 
-    // The same as a coordinate.
+    std::uint8_t Byte() { return static_cast<std::uint8_t>(random_.nextBits()); }
+
+    // A figure as Below gives it, as a coordinate.
     std::uint16_t PixelBelow(std::size_t limit) { return static_cast<std::uint16_t>(Below(limit)); }
 
   private:

@@ -14,10 +14,9 @@ constexpr std::size_t kHeaderBytes = 24;
 
 void ChangeBytes(Bytes& record, std::size_t from, ChanceStream& chance) {
     constexpr std::size_t kMostChanges = 8;
-    constexpr std::size_t kByteValues = 256;
     for (std::size_t changes = 1 + chance.Below(kMostChanges); changes > 0; --changes) {
         const std::size_t at = from + chance.Below(record.size() - from);
-        record[at] = static_cast<std::uint8_t>(chance.Below(kByteValues));
+        record[at] = chance.Byte();
     }
 }
 

@@ -41,12 +41,12 @@ int RandomStream::wholeBetween(int low, int high) {
 }
 
 double RandomStream::normal(double mean, double deviation) {
-    constexpr int kTerms = 12;  // their variances of 1/12 add up to 1
+    constexpr int kSummands = 12;  // their variances of 1/12 add up to 1
     double sum = 0.0;
-    for (int i = 0; i < kTerms; ++i) {
+    for (int i = 0; i < kSummands; ++i) {
         sum += uniform();
     }
-    return mean + deviation * (sum - kTerms / 2.0);
+    return mean + deviation * (sum - kSummands / 2.0);
 }
 
 }  // namespace orl::tools

@@ -9,8 +9,6 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr char kRecord[] = "samples/101_1.fmr";
-
 TEST(OrlFinger, TellsItsVersion) {
     const ProgramOutcome outcome = RunOrlFinger({"--version"});
     EXPECT_EQ(outcome.exitStatus, 0);

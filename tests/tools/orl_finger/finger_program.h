@@ -9,6 +9,9 @@
 
 namespace orl::test {
 
+// A sound record of the samples.
+inline constexpr char kRecord[] = "samples/101_1.fmr";
+
 ProgramOutcome RunOrlFinger(const std::vector<std::string>& arguments,
                             const std::string& input = {});
 

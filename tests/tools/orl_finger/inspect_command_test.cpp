@@ -16,8 +16,6 @@ namespace {
 using nlohmann::ordered_json;
 using testing::HasSubstr;
 
-constexpr char kRecord[] = "samples/101_1.fmr";
-
 // A triangle on a 256 x 256 image, where pixels are grid units.
 RecordContent triangleRecord() {
     RecordContent content;

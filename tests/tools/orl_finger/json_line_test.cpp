@@ -61,20 +61,21 @@ bool readsBackWith(float value, std::size_t digits) {
 constexpr float kWholeFrom = 16777216.0F;  // 2^24
 
 TEST(JsonLine, ReadsBackAnyFloatAndNoFewerDigitsWould) {
-    constexpr unsigned kSeed = 20240607;
-    std::mt19937 bits(kSeed);
+    constexpr unsigned kSeedOfBits = 20240607;
+    std::mt19937 bits(kSeedOfBits);
     for (int i = 0; i < 20000; ++i) {
         const float value = std::bit_cast<float>(static_cast<std::uint32_t>(bits()));
         if (!std::isfinite(value) || value == 0.0F) {
             continue;
         }
         const std::string text = printed(value);
-        ASSERT_EQ(std::strtof(text.c_str(), nullptr), value) << text << ", seed " << kSeed;
+        ASSERT_EQ(std::strtof(text.c_str(), nullptr), value) << text << ", seed " << kSeedOfBits;
         if (std::abs(value) >= kWholeFrom) {
             continue;
         }
         const std::size_t digits = significantDigits(text);
-        ASSERT_TRUE(digits <= 1 || !readsBackWith(value, digits - 1)) << text << ", seed " << kSeed;
+        ASSERT_TRUE(digits <= 1 || !readsBackWith(value, digits - 1))
+            << text << ", seed " << kSeedOfBits;
     }
 }
 

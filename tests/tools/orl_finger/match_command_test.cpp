@@ -15,7 +15,6 @@ using nlohmann::ordered_json;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr char kRecord[] = "samples/101_1.fmr";
 constexpr char kSameFinger[] = "samples/101_2.fmr";
 constexpr char kOtherFinger[] = "samples/102_1.fmr";
 

@@ -15,9 +15,6 @@
 namespace orl::unit {
 namespace {
 
-constexpr std::uint8_t kThumb = 1;
-constexpr std::uint8_t kIndex = 2;
-
 template <typename Kind>
 class StorageAdapter : public testing::Test {
   protected:

@@ -13,6 +13,10 @@ namespace orl::unit {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// Sub-factors of a right hand.
+inline constexpr std::uint8_t kThumb = 1;
+inline constexpr std::uint8_t kIndex = 2;
+
 WINBIO_IDENTITY guidIdentity(std::uint32_t number);
 // A SID of byteCount bytes that begin with number.
 WINBIO_IDENTITY sidIdentity(std::uint8_t number, std::uint32_t byteCount);

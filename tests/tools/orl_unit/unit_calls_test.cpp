@@ -16,8 +16,6 @@
 namespace orl::unit {
 namespace {
 
-constexpr std::uint8_t kRightIndex = 2;
-
 FingerRecord someRecord() {
     FingerRecord record;
     const Bytes bytes = test::BuildRecord(test::RandomMinutiae(1, 20));
@@ -61,7 +59,7 @@ class UnitCalls : public testing::Test {
     FakeEngineState* engine_ = nullptr;
     std::optional<BiometricUnit> unit_;
     const FingerRecord record_ = someRecord();
-    const Subject alice_ = {"alice", kRightIndex};
+    const Subject alice_ = {"alice", WINBIO_ANSI_381_POS_RH_INDEX_FINGER};
 };
 
 TEST_F(UnitCalls, AttachComesFirstThenTheFormatsAndDetachLast) {
@@ -91,8 +89,9 @@ TEST_F(UnitCalls, AnEnrollmentClearsCreatesCapturesChecksCommitsDiscardsAndClear
 
 TEST_F(UnitCalls, TheSampleIsTheWrappedRecord) {
     attach().enroll(record_, alice_, DuplicateRule::Refuse);
-    const SecretBytes expected =
-        wrapRecord(record_.bytes, {kRightIndex, WINBIO_PURPOSE_ENROLL, 40, {0x001B, 0x0401}});
+    const SecretBytes expected = wrapRecord(
+        record_.bytes,
+        {WINBIO_ANSI_381_POS_RH_INDEX_FINGER, WINBIO_PURPOSE_ENROLL, 40, {0x001B, 0x0401}});
     ASSERT_EQ(engine_->sampleSize, expected.size());
     EXPECT_EQ(std::memcmp(engine_->sample, expected.data(), expected.size()), 0);
 }
@@ -104,11 +103,12 @@ TEST_F(UnitCalls, ADuplicateIsDiscardedAndNamed) {
         [this](const ListedRecord& record) { engine_->foundIdentity = *record.identity; });
     engine_->duplicate = TRUE;
     calls();
-    const EnrollOutcome outcome = unit.enroll(record_, {"bob", kRightIndex}, DuplicateRule::Refuse);
+    const EnrollOutcome outcome =
+        unit.enroll(record_, {"bob", WINBIO_ANSI_381_POS_RH_INDEX_FINGER}, DuplicateRule::Refuse);
     EXPECT_FALSE(outcome.stored);
     ASSERT_TRUE(outcome.duplicateOf.has_value());
     EXPECT_EQ(outcome.duplicateOf->name, "alice");
-    EXPECT_EQ(outcome.duplicateOf->subFactor, kRightIndex);
+    EXPECT_EQ(outcome.duplicateOf->subFactor, WINBIO_ANSI_381_POS_RH_INDEX_FINGER);
     EXPECT_EQ(calls(),
               "ClearContext CreateEnrollment AcceptSampleData UpdateEnrollment CheckForDuplicate "
               "DiscardEnrollment ClearContext ");
@@ -235,8 +235,8 @@ TEST_F(UnitCalls, ListingAndDeletingLeaveTheEngineAlone) {
     unit.listRecords(
         [&names](const ListedRecord& record) { names.push_back(record.subject.name); });
     EXPECT_EQ(names, (std::vector<std::string>{"alice", "alice", "bob"}));
-    EXPECT_EQ(unit.deleteRecords("alice", kRightIndex), 1U);
-    EXPECT_EQ(refusal([&] { unit.deleteRecords("alice", kRightIndex); }),
+    EXPECT_EQ(unit.deleteRecords("alice", WINBIO_ANSI_381_POS_RH_INDEX_FINGER), 1U);
+    EXPECT_EQ(refusal([&] { unit.deleteRecords("alice", WINBIO_ANSI_381_POS_RH_INDEX_FINGER); }),
               "'alice' has no such record to delete");
     EXPECT_EQ(unit.deleteRecords(std::nullopt, WINBIO_SUBTYPE_ANY), 2U);
     EXPECT_EQ(refusal([&] { unit.deleteRecords(std::nullopt, WINBIO_SUBTYPE_ANY); }),

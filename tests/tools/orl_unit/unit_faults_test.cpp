@@ -17,15 +17,15 @@
 namespace orl::unit {
 namespace {
 
-constexpr std::uint8_t kRightIndex = 2;
-
 class UnitFaults : public testing::Test {
   protected:
     UnitFaults()
         : path_(folder_.PathOf("store.db")), unit_(tools::pathFromUtf8(ORL_ENGINE_MODULE)) {
         unit_.openStore(path_, StoreUse::CreateIfMissing, {false, std::chrono::milliseconds(0)});
         for (const char* finger : {"101", "102", "103"}) {
-            unit_.enroll(sample(finger), {finger, kRightIndex}, DuplicateRule::Refuse);
+            unit_.enroll(sample(finger),
+                         {finger, WINBIO_ANSI_381_POS_RH_INDEX_FINGER},
+                         DuplicateRule::Refuse);
         }
     }
 
@@ -84,8 +84,10 @@ TEST_F(UnitFaults, ARecordDamagedDuringAnIdentificationFailsIt) {
 
 TEST_F(UnitFaults, ADamagedRecordFailsTheDuplicateCheckAndNothingIsStored) {
     runSql("UPDATE records SET template = x'00' WHERE id = 2");
-    EXPECT_THROW(unit_.enroll(sample("104"), {"104", kRightIndex}, DuplicateRule::Refuse),
-                 StoreError);
+    EXPECT_THROW(
+        unit_.enroll(
+            sample("104"), {"104", WINBIO_ANSI_381_POS_RH_INDEX_FINGER}, DuplicateRule::Refuse),
+        StoreError);
     runSql("DELETE FROM records WHERE id = 2");
     EXPECT_EQ(listedCount(), 2U);
 }
@@ -120,7 +122,11 @@ TEST_F(UnitFaults, AnIdentificationHoldsNoLockThatKeepsOthersFromWriting) {
 TEST_F(UnitFaults, AFingerJoinsTheIdentityThatAnotherProcessGaveTheName) {
     bool done = false;
     anotherProcessEnrollsDora(7, done);
-    ASSERT_TRUE(unit_.enroll(sample("104"), {"dora", kRightIndex}, DuplicateRule::Refuse).stored);
+    ASSERT_TRUE(unit_
+                    .enroll(sample("104"),
+                            {"dora", WINBIO_ANSI_381_POS_RH_INDEX_FINGER},
+                            DuplicateRule::Refuse)
+                    .stored);
     ASSERT_TRUE(done);
     std::size_t dorasRecords = 0;
     unit_.listRecords([&](const ListedRecord& record) {
@@ -134,9 +140,10 @@ TEST_F(UnitFaults, AFingerJoinsTheIdentityThatAnotherProcessGaveTheName) {
 
 TEST_F(UnitFaults, AFingerThatAnotherProcessEnrollsMeanwhileIsRefused) {
     bool done = false;
-    anotherProcessEnrollsDora(kRightIndex, done);
+    anotherProcessEnrollsDora(WINBIO_ANSI_381_POS_RH_INDEX_FINGER, done);
     try {
-        unit_.enroll(sample("104"), {"dora", kRightIndex}, DuplicateRule::Refuse);
+        unit_.enroll(
+            sample("104"), {"dora", WINBIO_ANSI_381_POS_RH_INDEX_FINGER}, DuplicateRule::Refuse);
         FAIL() << "stored twice";
     } catch (const CommandError& error) {
         EXPECT_STREQ(error.what(), "'dora' has right-index enrolled already");
