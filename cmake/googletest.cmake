@@ -10,8 +10,5 @@ endif()
 foreach(target gtest gmock gmock_main)
   get_target_property(dirs ${target} INTERFACE_INCLUDE_DIRECTORIES)
   target_compile_options(${target} PRIVATE ${orl_test_compile_options})
-  if(ORL_SANITIZE)
-    target_compile_options(${target} PRIVATE -fno-sanitize=undefined)  # for ours alone
-  endif()
   set_target_properties(${target} PROPERTIES INTERFACE_SYSTEM_INCLUDE_DIRECTORIES "${dirs}")
 endforeach()

@@ -14,8 +14,13 @@ function(orl_unite target)
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${ORL_UNITY_BUILD} UNITY_BUILD_BATCH_SIZE 0)
 endfunction()
 
-# Optimising the framework's macros takes longer than they do.
-set(orl_test_compile_options $<$<CONFIG:Release>:-O1>)
+# Optimising tests takes longer than running them, the more so under the sanitizers. What they compare
+# with, the slow second implementations, are rooms of their own and optimised like the rest.
+if(WIN32)
+  set(orl_test_compile_options -O1)  # or linking takes long: functions never inlined are many
+else()
+  set(orl_test_compile_options -O0)
+endif()
 
 # orl_add_test(NAME SOURCES a_test.cpp ... [LIBS room ...]): a GoogleTest program, one CTest entry.
 # Its results go to <build>/test-results/NAME.xml, where the totals are taken from.
