@@ -13,9 +13,9 @@ namespace orl::unit {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Sub-factors of a right hand.
-inline constexpr std::uint8_t kThumb = 1;
-inline constexpr std::uint8_t kIndex = 2;
+// Sub-factors of the right hand, in a record's own type.
+inline constexpr std::uint8_t kThumb = WINBIO_ANSI_381_POS_RH_THUMB;
+inline constexpr std::uint8_t kIndex = WINBIO_ANSI_381_POS_RH_INDEX_FINGER;
 
 WINBIO_IDENTITY guidIdentity(std::uint32_t number);
 // A SID of byteCount bytes that begin with number.
