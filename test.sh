@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # test.sh: installs what is missing, builds every preset and passes every test: Linux, Windows under
-# Wine, both with the file log sink, the sanitizer builds, and the checks of
-# format and lint.
+# Wine, both with the file log sink, the sanitizer builds, and the checks of format and lint.
 # ORL_RECORDS may name a folder of real *.fmr records; tests that read them skip without it.
 # The last line is "N passed, N failed"; the exit status is 0 only when nothing failed.
 set -uo pipefail
@@ -35,8 +34,8 @@ stage() {
   rm -f "$log"
 }
 
-# configure_and_build PRESET [--target TARGET...]: all presets but the native one, which proves that every
-# file stands on its own, take the tools and their tests in one piece each: that halves the time.
+# configure_and_build PRESET [--target TARGET...]: the native presets prove that every file stands on
+# its own; all others take the tools and their tests in one piece each, which saves time.
 configure_and_build() {
   local unity=ON
   [[ $1 == native* ]] && unity=OFF
@@ -55,7 +54,8 @@ build_and_test() {
   fi
   rm -rf "build/$preset/test-results"
   mkdir -p "build/$preset/test-results"
-  ctest --preset "$preset" --parallel "$(nproc)" --output-junit "test-results/ctest.junit" "${only[@]}" || status=$?
+  ctest --preset "$preset" --parallel "$(nproc)" --output-junit "test-results/ctest.junit" \
+    "${only[@]}" || status=$?
   totals=$(cmake -DRESULTS="build/$preset/test-results" -DSTATUS="$status" \
     -P cmake/sum_test_results.cmake 2>&1)
   # shellcheck disable=SC2086  # two numbers

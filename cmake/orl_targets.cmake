@@ -8,14 +8,14 @@ function(orl_add_room name)
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
 endfunction()
 
-# orl_unite(TARGET): compiles a target's sources as one file where ORL_UNITY_BUILD asks for it: what they
-# include is then read once. Never used for what ships.
+# orl_unite(TARGET): compiles a target's sources as one file where ORL_UNITY_BUILD asks for it, so that
+# what they include is read once. Never used for what ships.
 function(orl_unite target)
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${ORL_UNITY_BUILD} UNITY_BUILD_BATCH_SIZE 0)
 endfunction()
 
-# Optimising tests takes longer than running them, the more so under the sanitizers. What they compare
-# with, the slow second implementations, are rooms of their own and optimised like the rest.
+# Optimising tests takes longer than running them, the more so under the sanitizers. The slow second
+# implementations that they compare whole stages with are rooms of their own, optimised like the rest.
 if(WIN32)
   set(orl_test_compile_options -O1)  # or linking takes long: functions never inlined are many
 else()
