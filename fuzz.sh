@@ -32,8 +32,9 @@ for target in "${targets[@]}"; do
     faults=$(sed -n -E 's/^(broken: .*)/\1/p; s/^SUMMARY: //p' "$log" | paste -sd';')
     grep -E 'Test unit written' "$log" || tail -5 "$log"
   fi
+  # A target that ends at once has told neither.
   executions=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
-  edges=$(grep -oE 'cov: [0-9]+' "$log" | tail -1 | cut -d' ' -f2)
+  edges=$(sed -n -E 's/.*cov: ([0-9]+).*/\1/p' "$log" | tail -1)
   printf '%-16s %10s inputs  %6s edges  faults: %s\n' "$name" "${executions:-?}" "${edges:-?}" \
     "${faults:-the target ended}"
 done

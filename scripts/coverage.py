@@ -20,9 +20,9 @@ BUILD = ROOT / "build" / "coverage"
 ROOMS = ("adapter/", "matcher/", "platform/")
 # Tests that reach the shipped rooms as libraries; the tools' tests run whole programs instead.
 ROOM_TESTS = (r"^(orl_(triangulation|features|table_first_use|matching|matching_allocation|"
-              r"matcher_api|first_match|finger_matcher|platform|adapter|adapter_matching|adapter_memory|"
-              r"engine_log)_tests|fuzz_(finger_record|match_pair|delaunay_mesh|bir_extraction|"
-              r"engine_states))$")
+              r"matcher_api|first_match|wiped_memory|finger_matcher|platform|adapter|"
+              r"adapter_matching|adapter_memory|engine_log)_tests|"
+              r"fuzz_(finger_record|match_pair|delaunay_mesh|bir_extraction|engine_states))$")
 
 
 def run(command, **options):

@@ -42,10 +42,12 @@ CACHE_SLOPPINESS = "pch_defines,time_macros,include_file_mtime,include_file_ctim
 TESTS = {
     "adapter": ["orl_adapter_tests", "fuzz_engine_states", "orl_adapter_matching_tests",
                 "orl_adapter_memory_tests", "orl_engine_log_tests", "fuzz_bir_extraction"],
-    "matcher/api": ["orl_matcher_api_tests", "orl_finger_matcher_tests", "fuzz_finger_record"],
+    "matcher/api": ["orl_matcher_api_tests", "orl_wiped_memory_tests", "orl_finger_matcher_tests",
+                    "fuzz_finger_record"],
     "matcher/features": ["orl_features_tests", "orl_table_first_use_tests", "fuzz_finger_record",
                          "orl_matching_tests"],
-    "matcher/matching": ["orl_matching_tests", "orl_matching_allocation_tests", "fuzz_match_pair"],
+    "matcher/matching": ["orl_matching_tests", "orl_matching_allocation_tests",
+                         "orl_wiped_memory_tests", "fuzz_match_pair"],
     "matcher/triangulation": ["orl_triangulation_tests", "fuzz_delaunay_mesh"],
     "platform": ["orl_platform_tests", "orl_adapter_tests", "orl_engine_log_tests"],
 }

@@ -3,8 +3,8 @@
 # for Windows, lets every build answer some 40,000 generated and hostile pairs of records (and those
 # of ORL_RECORDS, where that is set), and holds the answers against those of the first build. Whole
 # figures must be equal, fractional ones too, save that those from Windows may differ by 1e-5 of
-# their size, and ties of two alignments may be decided otherwise there. Builds and answers lie in
-# build/same-answers, those of the presets in their own folders. The exit status is 0 only when every
+# their size, and ties of two alignments may be decided otherwise there. All answers lie in
+# build/same-answers, and so do the builds save those of presets. The exit status is 0 only when every
 # build gives the same answers.
 set -uo pipefail
 cd "$(dirname "$(realpath "$0")")/.." || exit 1
