@@ -14,8 +14,7 @@
 
 namespace orl::matcher {
 
-inline constexpr int kFeatureStepsPerTurn = 255;   // features: direction bytes, bearings, tables
-inline constexpr int kMatchingStepsPerTurn = 256;  // matching: wrap-around of direction arithmetic
+inline constexpr int kFeatureStepsPerTurn = 255;  // direction bytes, bearings, tables
 
 // Degrees 0..360 to steps of the 255-step turn, rounded half away from zero: 360 gives 255,
 // 180 gives 128, 1 gives 1.

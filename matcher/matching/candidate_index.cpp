@@ -38,8 +38,8 @@ CandidateIndex::Query::Query(const TriangleCode& code)
 }
 
 CandidateIndex::CandidateIndex(const OrientedFinger& finger, Scratch& scratch)
-    : stretchCount_((finger.triangles.size() + kTrianglesPerStretch - 1) / kTrianglesPerStretch),
-      stretches_(scratch.take<Stretch>(stretchCount_)) {
+    : stretches_(scratch.take<Stretch>((finger.triangles.size() + kTrianglesPerStretch - 1) /
+                                       kTrianglesPerStretch)) {
     std::fill(stretches_.begin(), stretches_.end(), Stretch{});
     for (std::size_t u = 0; u < finger.triangles.size(); ++u) {
         Stretch& stretch = stretches_[u / kTrianglesPerStretch];

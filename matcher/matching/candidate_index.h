@@ -43,8 +43,6 @@ class CandidateIndex {
     // Indexes the finger's triangles; the sets live in `scratch`. Throws: std::bad_alloc.
     CandidateIndex(const OrientedFinger& finger, Scratch& scratch);
 
-    std::size_t stretchCount() const { return stretchCount_; }
-
     // The triangles begin..end - 1 of a stretch that may agree with the query in any orientation,
     // by cyclic order. REQUIRES:
     // begin <= end <= kTrianglesPerStretch.
@@ -72,7 +70,6 @@ class CandidateIndex {
     static void insert(StretchSets& sets, const TriangleCode& code, std::size_t index);
     static TriangleBits inReach(const StretchSets& sets, const Query& query, std::size_t order);
 
-    std::size_t stretchCount_;
     std::span<Stretch> stretches_;
 };
 

@@ -132,11 +132,6 @@ std::uint32_t qualityPenaltyLevel(const AlignmentEvaluation& evaluation, std::ui
     return passes(evaluation, kPenaltyFree) ? 0 : 1;
 }
 
-std::uint32_t bandedQualityPenaltyLevel(const AlignmentEvaluation& evaluation,
-                                        std::uint32_t score) {
-    return kPenaltyBand.contains(score) ? qualityPenaltyLevel(evaluation, score) : 0;
-}
-
 std::uint32_t applyQualityStages(const AlignmentEvaluation& evaluation,
                                  bool refined,
                                  std::uint32_t score) {

@@ -22,7 +22,7 @@ std::uint32_t scoreFromCount(std::uint64_t matched, std::uint64_t countA, std::u
 bool isInRefinementBand(std::uint32_t score);
 
 // Bonus of an alignment whose figures pass the quality gate, in tens of points: 0 when they do not,
-// 1 for scores of 29 and more, up to 5 below.
+// 1 for scores of 29 and more, up to 4 below.
 std::uint32_t qualityBonus(const AlignmentEvaluation& evaluation,
                            bool refined,
                            std::uint32_t score);
@@ -30,9 +30,6 @@ std::uint32_t qualityBonus(const AlignmentEvaluation& evaluation,
 // Penalty for poor figures, in tens of points: 0..4. Meant for scores of 290..400; the caller keeps
 // to that band.
 std::uint32_t qualityPenaltyLevel(const AlignmentEvaluation& evaluation, std::uint32_t score);
-
-// The same rule with the band: 0 for scores outside 290..400.
-std::uint32_t bandedQualityPenaltyLevel(const AlignmentEvaluation& evaluation, std::uint32_t score);
 
 // The score after the bonus (for scores of 180..310) and then the penalty (for scores of 290..400,
 // the bonus included).

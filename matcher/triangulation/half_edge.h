@@ -29,11 +29,6 @@ constexpr std::uint64_t TriangleOf(HalfEdge edge) {
     return edge / kHalfEdgesPerTriangle;
 }
 
-// First half-edge of the triangle that owns a half-edge.
-constexpr HalfEdge FirstHalfEdge(HalfEdge edge) {
-    return edge - edge % kHalfEdgesPerTriangle;
-}
-
 // The half-edge after and before a half-edge in its triangle.
 constexpr HalfEdge NextHalfEdge(HalfEdge edge) {
     return edge % kHalfEdgesPerTriangle == 2 ? edge - 2 : edge + 1;

@@ -17,13 +17,6 @@ struct Point {
     double y = 0.0;
 };
 
-// Squared distance between two points.
-inline double SquaredDistance(const Point& p, const Point& q) {
-    const double dx = p.x - q.x;
-    const double dy = p.y - q.y;
-    return dx * dx + dy * dy;
-}
-
 // True when p, q, r turn so that p sees the hull edge from q to r from outside. Three points on one
 // line give false.
 inline bool Orient(const Point& p, const Point& q, const Point& r) {

@@ -125,9 +125,6 @@ class BiometricUnit {
     // when there is nothing to delete.
     std::size_t deleteRecords(const std::optional<std::string>& name, std::uint8_t subFactor);
 
-    // The GUID of the loaded engine adapter.
-    [[nodiscard]] const GUID& adapterId() const { return module_.engine().AdapterId; }
-
   private:
     class CaptureSession;
     class EnrollmentSession;

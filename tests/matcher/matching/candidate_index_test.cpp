@@ -169,15 +169,6 @@ TEST(CandidateIndex, MissesNoFlatTriangle) {
     EXPECT_GT(tally.alike, 400);
 }
 
-TEST(CandidateIndex, HasAStretchForEvery128Triangles) {
-    std::mt19937 random(79);
-    for (const auto& [triangles, stretches] :
-         {std::pair{0U, 0U}, {1U, 1U}, {128U, 1U}, {129U, 2U}, {256U, 2U}, {257U, 3U}}) {
-        const Indexed indexed(test::RandomTriangles(random, triangles, 256));
-        EXPECT_EQ(indexed.index().stretchCount(), stretches) << triangles;
-    }
-}
-
 TEST(CandidateIndex, FindsEachTriangleOfALongListByItself) {
     std::mt19937 random(80);
     const auto triangles = test::RandomTriangles(random, 300, 256);

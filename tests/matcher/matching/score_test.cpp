@@ -185,13 +185,6 @@ TEST(QualityPenaltyLevel, KnowsNoLevelFourBelowAScoreOf33) {
     EXPECT_EQ(qualityPenaltyLevel(smallPatch, 32), 2U);
 }
 
-TEST(BandedQualityPenaltyLevel, IsZeroOutsideTheBand) {
-    EXPECT_EQ(bandedQualityPenaltyLevel(kHopeless, 289), 0U);
-    EXPECT_EQ(bandedQualityPenaltyLevel(kHopeless, 290), 3U);
-    EXPECT_EQ(bandedQualityPenaltyLevel(kHopeless, 400), 3U);
-    EXPECT_EQ(bandedQualityPenaltyLevel(kHopeless, 401), 0U);
-}
-
 TEST(QualityStages, AddAndTakeInTheirBandsOnly) {
     const AlignmentEvaluation thin = Figures(0.3F, 0.55F, 0.0F, 0.0F);
     const AlignmentEvaluation thinButMany = Figures(0.3F, 0.56F, 0.0F, 0.0F);

@@ -10,7 +10,6 @@ TEST(HalfEdge, BelongsToTheTriangleOfItsThird) {
     EXPECT_EQ(TriangleOf(2), 0U);
     EXPECT_EQ(TriangleOf(3), 1U);
     EXPECT_EQ(TriangleOf(752), 250U);  // the last one of 251 triangles
-    EXPECT_EQ(FirstHalfEdge(752), 750U);
 }
 
 TEST(HalfEdge, RunsAroundItsTriangleInThreeSteps) {

@@ -117,11 +117,6 @@ TEST(Circumcentre, MultipliesByTheReciprocalOfTheDoubledArea) {
     EXPECT_EQ(centre.y, 3.4999999999999996);
 }
 
-TEST(SquaredDistance, IsTheSumOfTheSquares) {
-    EXPECT_EQ(SquaredDistance({1, 2}, {4, 6}), 25.0);
-    EXPECT_EQ(SquaredDistance({4, 6}, {4, 6}), 0.0);
-}
-
 bool InCircleByLanes(const Point& a, const Point& b, const Point& c, const Point& p) {
     const auto lanes = [](const Point& point) {
         const double xy[] = {point.x, point.y};

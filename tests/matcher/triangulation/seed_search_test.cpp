@@ -44,6 +44,12 @@ PointIndex SmallestOf(const Points& points, Measure measure) {
     return smallest;
 }
 
+double SquaredDistance(const Point& p, const Point& q) {
+    const double dx = p.x - q.x;
+    const double dy = p.y - q.y;
+    return dx * dx + dy * dy;
+}
+
 std::optional<Seed> PlainSeed(const Points& points) {
     double box[] = {
         kLargest, kLargest, std::numeric_limits<double>::min(), std::numeric_limits<double>::min()};
