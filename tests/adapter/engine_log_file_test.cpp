@@ -182,7 +182,8 @@ TEST_F(EngineLogFile, GivesUpSilentlyWithoutTheVariables) {
     const LogProbe probe;
     probe.Log("nowhere");
     probe.Log("nowhere");
-    EXPECT_TRUE(std::filesystem::is_empty(PathOf(Scratch())));
+    EXPECT_FALSE(Exists("ORL_WBF_Drivers"));
+    EXPECT_FALSE(Exists("/ORL_WBF_Drivers"));
 }
 
 TEST_F(EngineLogFile, GivesUpSilentlyWhenTheProgramFolderIsMissingAndDoesNotTryAgain) {
@@ -213,12 +214,21 @@ TEST_F(EngineLogFile, GivesUpSilentlyWhenAFolderStandsInThePlaceOfTheFile) {
 }
 
 TEST_F(EngineLogFile, GivesUpSilentlyOnAPathBeyondItsLimit) {
-    for (const std::size_t letters : {1000U, 1023U, 1024U, 5000U}) {
-        const EnvironmentVariable programs(kWithX86, std::string(letters, 'p'));
+    // The scratch folder by too long a name: separators may be repeated.
+    for (const std::size_t letters : {1000U, 1023U, 1024U, 2000U}) {
+        std::string longName = Scratch();
+        longName.resize(letters, '/');
+        const EnvironmentVariable programs(kWithX86, longName);
         const LogProbe probe;
         probe.Log("nowhere");
     }
     EXPECT_TRUE(std::filesystem::is_empty(PathOf(Scratch())));
+    const EnvironmentVariable programs(kWithX86, Scratch() + "//");
+    {
+        const LogProbe probe;
+        probe.Log("fits");
+    }
+    EXPECT_THAT(Messages(LogPath(Scratch())), ElementsAre("fits"));
 }
 
 #ifndef _WIN32  // where such folders cannot be made in the ordinary way

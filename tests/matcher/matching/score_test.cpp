@@ -125,17 +125,13 @@ TEST(QualityBonus, IsTheTierBelowAScoreOf29WithoutRefinement) {
     EXPECT_EQ(qualityBonus(kHopeless, false, 28), 0U);
 }
 
-TEST(QualityBonus, GradesFromOneToFiveBelowAScoreOf29AfterRefinement) {
-    const std::uint32_t gate = qualityBonus(Figures(0.4F, 0.45F, 10.5F, 12.0F), true, 28);
-    const std::uint32_t good = qualityBonus(Figures(0.45F, 0.45F, 10.5F, 11.5F), true, 28);
-    const std::uint32_t middle = qualityBonus(Figures(0.52F, 0.5F, 8.75F, 9.5F), true, 28);
-    const std::uint32_t upper = qualityBonus(Figures(0.6F, 0.52F, 7.5F, 8.0F), true, 28);
-    EXPECT_GE(gate, 1U);
-    EXPECT_GT(good, gate);
-    EXPECT_GT(middle, good);
-    EXPECT_GT(upper, middle);
-    EXPECT_LE(upper, 5U);
+// The tier, of which refinement makes 2 and 3, and one for a good alignment.
+TEST(QualityBonus, GradesFromOneToFourBelowAScoreOf29AfterRefinement) {
     EXPECT_EQ(qualityBonus(kHopeless, true, 28), 0U);
+    EXPECT_EQ(qualityBonus(Figures(0.4F, 0.45F, 10.5F, 12.0F), true, 28), 1U);
+    EXPECT_EQ(qualityBonus(Figures(0.45F, 0.45F, 10.5F, 11.5F), true, 28), 2U);
+    EXPECT_EQ(qualityBonus(Figures(0.52F, 0.5F, 8.75F, 9.5F), true, 28), 3U);
+    EXPECT_EQ(qualityBonus(Figures(0.6F, 0.52F, 7.5F, 8.0F), true, 28), 4U);
 }
 
 // Deliberate: the coverage limit of a good alignment is the matched ratio's, 0.45.
