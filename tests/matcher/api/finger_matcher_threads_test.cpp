@@ -2,7 +2,10 @@
 // much as for its own assertions.
 
 #include <atomic>
+#include <chrono>
+#include <cstddef>
 #include <functional>
+#include <latch>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -55,11 +58,16 @@ std::vector<Pair> PairsWithResults() {
     return pairs;
 }
 
+// Runs each task on a thread of its own; none begins before all threads are there.
 void RunTogether(const std::vector<std::function<void()>>& tasks) {
+    std::latch ready(static_cast<std::ptrdiff_t>(tasks.size()));
     std::vector<std::thread> threads;
     threads.reserve(tasks.size());
     for (const auto& task : tasks) {
-        threads.emplace_back(task);
+        threads.emplace_back([&ready, &task] {
+            ready.arrive_and_wait();
+            task();
+        });
     }
     for (std::thread& thread : threads) {
         thread.join();
@@ -87,13 +95,23 @@ TEST(FingerMatcherThreads, MatchAtOnceAsTheyMatchAlone) {
 }
 
 TEST(FingerMatcherThreads, MatchOrAreRefusedWhileOthersInitializeAndShutDown) {
+    constexpr int kOfEachAtLeast = 100;
+    constexpr int kCyclesAtLeast = 1000;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     ORLFingerMatcher_Initialize(nullptr, 0);
     const std::vector<Pair> pairs = PairsWithResults();
     std::atomic<int> wrong = 0;
-    std::atomic<int> matchersLeft = kMatchThreads;
+    std::atomic<int> cycles = 0;
+    std::atomic<int> matchersWithBoth = 0;
+    const auto mayStop = [&] {
+        const bool hasSeenAll = matchersWithBoth == kMatchThreads && cycles >= kCyclesAtLeast;
+        return hasSeenAll || std::chrono::steady_clock::now() > end;
+    };
     const auto match = [&] {
-        for (int i = 0; i < kMatchesPerThread; ++i) {
-            const Pair& pair = pairs[static_cast<std::size_t>(i) % pairs.size()];
+        int refused = 0;
+        int matched = 0;
+        for (std::size_t i = 0; !mayStop(); ++i) {
+            const Pair& pair = pairs[i % pairs.size()];
             MatchResult result;
             char text[64];
             const std::int32_t status = MatchPair(pair, result, text);
@@ -102,22 +120,31 @@ TEST(FingerMatcherThreads, MatchOrAreRefusedWhileOthersInitializeAndShutDown) {
             const bool isMatched = status == 0 && result.Matched == pair.expected.Matched &&
                                    result.Score == pair.expected.Score && text[0] == '\0';
             wrong += isRefused || isMatched ? 0 : 1;
+            const bool hadBoth = refused >= kOfEachAtLeast && matched >= kOfEachAtLeast;
+            refused += isRefused ? 1 : 0;
+            matched += isMatched ? 1 : 0;
+            const bool hasBoth = refused >= kOfEachAtLeast && matched >= kOfEachAtLeast;
+            matchersWithBoth += hasBoth && !hadBoth ? 1 : 0;
+            std::this_thread::yield();
         }
-        --matchersLeft;
     };
     const auto cycle = [&] {
-        do {
+        while (!mayStop()) {
             char text[64] = "left over";
             wrong += ORLFingerMatcher_Initialize(text, sizeof text) == 0 && text[0] == '\0' ? 0 : 1;
             std::this_thread::yield();
             ORLFingerMatcher_IsInitialized();
             ORLFingerMatcher_Shutdown();
-        } while (matchersLeft > 0);
+            ++cycles;
+            std::this_thread::yield();
+        }
     };
     std::vector<std::function<void()>> tasks(kMatchThreads, match);
     tasks.insert(tasks.end(), 2, cycle);
     RunTogether(tasks);
     EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(matchersWithBoth, kMatchThreads) << "each was refused and let in some times";
+    EXPECT_GE(cycles, kCyclesAtLeast);
     EXPECT_FALSE(ORLFingerMatcher_IsInitialized());
 }
 
