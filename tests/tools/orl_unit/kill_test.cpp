@@ -109,6 +109,7 @@ TEST_F(Kill, LosesNoReportedEnrollmentAndLeavesNoneHalf) {
             std::filesystem::remove(store_ + "-journal");
             expected.clear();
         }
+        std::filesystem::remove(out_);
         const pid_t child = startEnrolling(round);
         std::this_thread::sleep_for(std::chrono::milliseconds(random() % kLatestKillMilliseconds));
         kill(child, SIGKILL);
