@@ -1,6 +1,7 @@
 // The module's life in a process: loaded, used from threads, unloaded while they live, loaded
 // again.
 
+#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <cstdlib>
@@ -34,11 +35,16 @@ class LastingThread {
     LastingThread(const LastingThread&) = delete;
     LastingThread& operator=(const LastingThread&) = delete;
 
-    // Runs the task on the thread and waits for its end.
-    void Run(const std::function<void()>& task) {
-        Hand(task);
+    // Hands the thread a task; it has none. Wait is for the task's end.
+    void Start(const std::function<void()>& task) { Hand(task); }
+    void Wait() {
         std::unique_lock lock(mutex_);
         changed_.wait(lock, [this] { return !task_; });
+    }
+
+    void Run(const std::function<void()>& task) {
+        Start(task);
+        Wait();
     }
 
   private:
@@ -111,11 +117,27 @@ TEST(AdapterModuleLife, LetsAThreadEndAfterTheModuleIsGone) {
     UseModule(again);
 }
 
-// Loads, uses and unloads the module so often; the thread lives on all the while.
-void LoadUseAndUnload(LastingThread& thread, int rounds) {
+using LastingThreads = std::array<LastingThread, 3>;
+
+// Loads, uses and unloads the module so often. The threads live on all the while and use it at
+// once; one more, every tenth time, ends after the module is gone.
+void LoadUseAndUnload(LastingThreads& threads, int rounds) {
     for (int round = 0; round < rounds; ++round) {
+        std::optional<LastingThread> another;
+        if (round % 10 == 0) {
+            another.emplace();
+        }
         const DynamicLibrary module(AdapterModulePath());
-        thread.Run([&module] { UseModule(module); });
+        const auto use = [&module] { UseModule(module); };
+        for (LastingThread& thread : threads) {
+            thread.Start(use);
+        }
+        if (another) {
+            another->Run(use);
+        }
+        for (LastingThread& thread : threads) {
+            thread.Wait();
+        }
     }
 }
 
@@ -126,13 +148,13 @@ TEST(AdapterModuleLife, GrowsNeitherInHandlesNorInMemoryHoweverOftenItIsLoaded) 
     // A round that lost only what a runtime holds back for exceptions would lose 50,000 bytes.
     constexpr std::size_t kGrowthAllowedBytes = 1'000'000;
     const int rounds = std::getenv("ORL_LONG_TESTS") == nullptr ? kShortRounds : kLongRounds;
-    LastingThread thread;
-    LoadUseAndUnload(thread, kRoundsToSettle);
+    LastingThreads threads;
+    LoadUseAndUnload(threads, kRoundsToSettle);
     const std::size_t handles = OpenHandles();
     const std::size_t bytes = PrivateBytes();
     ASSERT_GT(handles, 0U);
     ASSERT_GT(bytes, 0U);
-    LoadUseAndUnload(thread, rounds);
+    LoadUseAndUnload(threads, rounds);
     EXPECT_LE(OpenHandles(), handles + 2);
     if (!ORL_SANITIZED) {  // sanitizers keep what has been freed
         EXPECT_LE(PrivateBytes(), bytes + kGrowthAllowedBytes) << rounds << " rounds";
@@ -166,17 +188,23 @@ TEST(AdapterModuleLife, KeepsTwoCopiesOfTheModuleApart) {
     const std::string otherPath = folder.PathOf("a_second_engine_adapter.dll");
     std::filesystem::copy_file(AdapterModulePath(), otherPath);
     const DynamicLibrary module(AdapterModulePath());
-    const DynamicLibrary other(otherPath);
-    EXPECT_NE(&EngineTableOf(module), &EngineTableOf(other));
-    std::thread thread([&other] { UseModule(other); });
+    std::optional<DynamicLibrary> other(otherPath);
+    EXPECT_NE(&EngineTableOf(module), &EngineTableOf(*other));
+    std::thread thread([&other] { UseModule(*other); });
     UseModule(module);
     thread.join();
-    // Each has a matcher of its own: a unit of one does not notice the other's last detach.
+    // A unit of one notices neither the other's last detach nor its end.
     HostedUnit unit(EngineTableOf(module));
     ASSERT_EQ(unit.Capture(BuildRecord(RandomMinutiae(5, 45))), S_OK);
     ASSERT_EQ(unit.Enroll(IdentityNumber(1)), S_OK);
-    UseModule(other);
+    UseModule(*other);
     EXPECT_TRUE(unit.Verify(IdentityNumber(1)));
+    other.reset();
+    if (!ORL_SANITIZED) {  // sanitizers keep what has been loaded
+        EXPECT_FALSE(DynamicLibrary::IsLoaded(otherPath));
+    }
+    EXPECT_TRUE(unit.Verify(IdentityNumber(1)));
+    UseModule(module);
 }
 
 TEST(AdapterModuleLife, AttachesAFreshUnitAfterADetach) {
