@@ -26,7 +26,7 @@ for target in "${targets[@]}"; do
   mkdir -p "build/fuzz/findings/$name"
   faults=none
   if ! "$target" -max_total_time="$seconds" -print_final_stats=1 -max_len=4096 -len_control=20 \
-    -artifact_prefix="build/fuzz/findings/$name-" \
+    -timeout=25 -artifact_prefix="build/fuzz/findings/$name-" \
     "build/fuzz/findings/$name" "fuzz/corpus/$name" >"$log" 2>&1; then
     status=1
     faults=$(sed -n -E 's/^(broken: .*)/\1/p; s/^SUMMARY: //p' "$log" | paste -sd';')

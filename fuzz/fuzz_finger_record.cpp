@@ -1,21 +1,24 @@
-// Any bytes as a finger minutiae record: loading ends with a status of its own or with "not
-// triangulation", both forms agree, and what is built is what the headers promise.
+// Any bytes as a finger minutiae record: loading ends as a second, plain reading says it must, both
+// forms agree, and what is built is what the plain construction of each finger gives.
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
 #include "fuzz/require.h"
 #include "matcher/api/finger_matcher.h"
 #include "matcher/api/template_loading.h"
-#include "matcher/features/triangle_feature.h"
+#include "tests/matcher/api/slow_record_parse.h"
+#include "tests/matcher/features/plain_features.h"
 
 namespace {
 
 using namespace orl::matcher;
 using orl::fuzz::Require;
+using orl::test::PlainFeatures;
 
 constexpr std::int32_t kThrown = -1;
 
@@ -36,16 +39,33 @@ std::int32_t Load(const std::uint8_t* bytes, std::size_t size, Template& loaded)
     }
 }
 
-void CheckFinger(const FullFingerFeatures& finger) {
-    Require(finger.minutiaCount >= 3 && finger.minutiaCount <= kMaxMinutiae, "minutia count");
-    Require(finger.minutiae.size() == finger.minutiaCount, "minutiae kept");
-    Require(!finger.triangles.empty(), "a built finger has triangles");
-    Require(std::is_sorted(finger.triangles.begin(), finger.triangles.end(), TriangleKeyLess),
-            "triangles are sorted");
-    for (const Minutia& minutia : finger.minutiae) {
-        Require(minutia.angle >= 1 && minutia.angle <= 360, "angle range");
-        Require(minutia.x < 16384 && minutia.y < 16384 && minutia.type < 4, "14 and 2 bits");
+// How the loading of a record must end, by the plain reading of it. Fingers are built one by one:
+// the first that cannot be decides.
+std::int32_t PlainStatus(std::size_t bytes, const std::optional<SlowRecord>& record) {
+    if (bytes == 0) {
+        return ORLFingerMatcher_StatusInvalidArguments;
     }
+    if (!record) {
+        return ORLFingerMatcher_StatusProbeNotLoaded;
+    }
+    for (const MinutiaList& minutiae : record->fingers) {
+        if (minutiae.size() < 2) {
+            return ORLFingerMatcher_StatusProbeNotLoaded;
+        }
+        if (!PlainFeatures(minutiae, record->imageSize)) {
+            return kThrown;
+        }
+    }
+    return record->fingers.empty() ? ORLFingerMatcher_StatusProbeEmpty : ORLFingerMatcher_StatusOk;
+}
+
+void CheckFinger(const FullFingerFeatures& finger,
+                 const MinutiaList& minutiae,
+                 const ImageSize& imageSize) {
+    Require(finger.minutiaCount == minutiae.size(), "minutia count");
+    Require(finger.minutiae == minutiae, "the minutiae of the plain reading");
+    Require(finger.imageSize == imageSize, "image size");
+    Require(finger.triangles == PlainFeatures(minutiae, imageSize), "the plain triangles");
 }
 
 }  // namespace
@@ -58,12 +78,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     LoadedTemplate compact;
     const std::int32_t status = Load(bytes.get(), size, full);
     Require(status == Load(bytes.get(), size, compact), "both forms end alike");
-    Require(status == kThrown || status == 0 || status == 1 || status == 2 || status == 4,
-            "a known status");
-    if (status == 0) {
-        Require(full.fingers.size() == compact.fingers.size() && !full.fingers.empty(), "fingers");
+    const std::optional<SlowRecord> plain = SlowParse({data, data + size});
+    Require(status == PlainStatus(size, plain), "the status of the plain reading");
+    if (status == ORLFingerMatcher_StatusOk) {
+        Require(full.fingers.size() == plain->fingers.size(), "fingers");
+        Require(compact.fingers.size() == plain->fingers.size(), "fingers of the compact form");
         for (std::size_t i = 0; i < full.fingers.size(); ++i) {
-            CheckFinger(full.fingers[i]);
+            CheckFinger(full.fingers[i], plain->fingers[i], plain->imageSize);
             Require(full.fingers[i].triangles == compact.fingers[i].triangles, "forms agree");
         }
     }

@@ -1,7 +1,6 @@
 #include "matcher/features/finger_features.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -13,9 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "matcher/features/triangle_feature.h"
-#include "matcher/triangulation/delaunay_mesh.h"
-#include "tests/matcher/features/plain_triangle.h"
+#include "tests/matcher/features/plain_features.h"
 
 namespace orl::matcher {
 namespace {
@@ -162,42 +159,6 @@ TEST(BuildFingerFeatures, ScalesInSinglePrecision) {
     }
 }
 
-// Features of a finger worked out plainly from its triangulation.
-std::vector<TriangleFeature> PlainFeatures(const MinutiaList& minutiae, const ImageSize& size) {
-    std::vector<double> points;
-    for (const Minutia& minutia : minutiae) {
-        points.push_back(minutia.x);
-        points.push_back(minutia.y);
-    }
-    const DelaunayMesh mesh(points);
-    const float scale = 256.0F / static_cast<float>(std::max(size.width, size.height));
-    std::vector<TriangleFeature> features;
-    for (std::size_t triangle = mesh.vertices().size() / 3; triangle > 0; --triangle) {
-        std::array<TriangleVertex, 3> vertices;
-        for (std::size_t corner = 0; corner < 3; ++corner) {
-            const Minutia& minutia = minutiae[mesh.vertices()[3 * (triangle - 1) + corner]];
-            vertices[corner] = {
-                .x = static_cast<std::uint8_t>(std::lround(static_cast<float>(minutia.x) * scale)),
-                .y = static_cast<std::uint8_t>(std::lround(static_cast<float>(minutia.y) * scale)),
-                .angle = static_cast<std::uint8_t>((2 * minutia.angle * 255 + 360) / 720),
-                .type = static_cast<std::uint8_t>(minutia.type)};
-        }
-        features.push_back(test::PlainTriangle(vertices));
-    }
-    // Insertion: a feature moves left past every one of greater key, and stays behind equal ones.
-    const auto key = [](const TriangleFeature& feature) {
-        const auto rank = [](std::uint8_t side) { return (side + 128) % 256; };
-        return (rank(feature.sides[0]) * 256 + rank(feature.sides[1])) * 256 +
-               rank(feature.sides[2]);
-    };
-    for (std::size_t i = 1; i < features.size(); ++i) {
-        for (std::size_t k = i; k > 0 && key(features[k]) < key(features[k - 1]); --k) {
-            std::swap(features[k], features[k - 1]);
-        }
-    }
-    return features;
-}
-
 TEST(BuildFingerFeatures, SortsTheTrianglesFromLastToFirstKeepingEqualKeysInThatOrder) {
     std::mt19937 random(4711);
     const ImageSize sizes[] = {{388, 374}, {256, 400}, {300, 300}, {64, 64}, {1000, 100}};
@@ -206,7 +167,8 @@ TEST(BuildFingerFeatures, SortsTheTrianglesFromLastToFirstKeepingEqualKeysInThat
         const std::vector<MinutiaList> fingers = {RandomFinger(random, 3 + random() % 126, size)};
         std::vector<FingerFeatures> features;
         ASSERT_TRUE(BuildFingerFeatures(features, size, fingers)) << "round " << round;
-        ASSERT_EQ(features[0].triangles, PlainFeatures(fingers[0], size)) << "round " << round;
+        ASSERT_EQ(features[0].triangles, test::PlainFeatures(fingers[0], size))
+            << "round " << round;
     }
 }
 
