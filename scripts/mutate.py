@@ -10,7 +10,7 @@ with the reason in scripts/equivalent_mutations.txt.
 
 The work is done in a copy of the sources, build/mutation/tree; results are appended to
 build/mutation/results.jsonl, and changes that stand there are not tried again. The exit status is 0
-only when nothing survived. Which changes are tried follows from the seed alone.
+only when nothing survived. Which changes are tried follows from the seed and the code.
 """
 
 import argparse

@@ -134,6 +134,14 @@ TEST(QualityBonus, GradesFromOneToFourBelowAScoreOf29AfterRefinement) {
     EXPECT_EQ(qualityBonus(Figures(0.6F, 0.52F, 7.5F, 8.0F), true, 28), 4U);
 }
 
+TEST(QualityBonus, HasAMiddleTierWithInclusiveLimits) {
+    EXPECT_EQ(qualityBonus(Figures(0.52F, 0.5F, 8.75F, 9.5F), true, 28), 3U);
+    EXPECT_EQ(qualityBonus(Figures(JustBelow(0.52F), 0.5F, 8.75F, 9.5F), true, 28), 2U);
+    EXPECT_EQ(qualityBonus(Figures(0.52F, JustBelow(0.5F), 8.75F, 9.5F), true, 28), 2U);
+    EXPECT_EQ(qualityBonus(Figures(0.52F, 0.5F, JustAbove(8.75F), 9.5F), true, 28), 2U);
+    EXPECT_EQ(qualityBonus(Figures(0.52F, 0.5F, 8.75F, JustAbove(9.5F)), true, 28), 2U);
+}
+
 // Deliberate: the coverage limit of a good alignment is the matched ratio's, 0.45.
 TEST(QualityBonus, HoldsTheCoverageOfAGoodAlignmentAgainstTheRatiosLimit) {
     const std::uint32_t good = qualityBonus(Figures(0.45F, 0.45F, 10.5F, 11.5F), true, 28);
