@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# test.sh: installs what is missing, builds every preset and passes every test: Linux, Windows under
-# Wine, both with the file log sink, the sanitizer builds, and the checks of format and lint.
+# test.sh: installs what is missing, builds and passes every test: Linux, Windows under Wine, what
+# differs with the file log sink, the sanitizer builds, and the checks of format and lint.
 # ORL_RECORDS may name a folder of real *.fmr records; tests that read them skip without it.
 # The last line is "N passed, N failed"; the exit status is 0 only when nothing failed.
 set -uo pipefail

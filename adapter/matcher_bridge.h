@@ -12,7 +12,8 @@ namespace orl::adapter {
 //
 // Only the first finger view of each record is compared, without extended data: a copy of
 // (minutiae count + 5) * 6 bytes, wiped before it is freed. A record too short for that, every
-// failure and every exception are a no match with a log line of their own.
+// failure and every exception are a no match with a log line of their own; a copy that cannot be
+// allocated is one without.
 //
 // REQUIRES: EnrolledIso[0..EnrolledSize) and CapturedIso[0..CapturedSize) are readable.
 // Never throws; safe from several threads at once.

@@ -1,8 +1,8 @@
 #pragma once
 
 // The matcher's finger model: plain values of fixed width, copied by value, owned by whoever holds
-// them. A record's minutiae become a MinutiaList; features are built from it once, when a template
-// is loaded, and never change afterwards.
+// them. Features are built from a finger's minutiae once, when a template is loaded, and never
+// change afterwards.
 
 #include <cstddef>
 #include <cstdint>

@@ -16,7 +16,7 @@ namespace orl::matcher {
 //
 // A squared distance n is at most 130,050 and thus exact in a float. The root of n is never halfway
 // between two whole numbers, as (k + 1/2)^2 is none, and lies at least 1 / (8k + 4) from there, for
-// the greatest k of 360 almost a hundred times the spacing of floats: adding a half and cutting the
+// the greatest k of 360 more than ten times the spacing of floats: adding a half and cutting the
 // fraction off rounds it as the table does.
 inline std::uint32_t SideWordOfLanes(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
     const auto lane = [](std::uint32_t corner) {

@@ -18,7 +18,7 @@ struct MatchContext;
 // Compares every finger of `first` (the probe) with every finger of `second` (the candidate), each
 // in four quarter-turn orientations of the second finger, and returns the best pair's figures. A
 // template without fingers yields score 0. Read-only on both; safe from several threads at once.
-// REQUIRES: the fingers were built by BuildFingerFeatures.
+// REQUIRES: the fingers were built as finger_features.h does.
 // Throws: std::bad_alloc.
 TemplateMatchResult matchTemplates(std::span<const FingerFeatures> first,
                                    std::span<const FingerFeatures> second);

@@ -35,9 +35,11 @@ class PairTable {
     // relative direction test with it (itself included), and its two hypotheses' turns.
     std::span<const BoundTask> anchors() const { return anchors_; }
 
+    // Over all anchors, in pairs.
     std::uint16_t longestStretch() const { return longestStretch_; }
     std::uint16_t shortestStretch() const { return shortestStretch_; }
 
+    // The coordinates of the sorted pairs, as the bounds want them.
     const BoundPositions& positions() const { return positions_; }
 
   private:

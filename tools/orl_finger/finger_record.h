@@ -2,13 +2,24 @@
 
 // ISO/IEC 19794-2:2005 finger minutiae records with one finger view and no extended data.
 //
-//   bytes  0.. 3  "FMR", 0          22  number of views, 1     28+6i  type (2 bits), x (14 bits)
-//          4.. 7  " 20", 0          23  reserved, 0            30+6i  reserved (2 bits), y (14
-//          bits) 8..11  record length     24  finger position        32+6i  angle, 1.40625 degrees
-//          a step
-//         12..13  capture equipment 25  view 0, live plain     33+6i  minutia quality, 1..100
-//         14..17  width, height     26  finger quality         then   extended data length, 0
-//         18..21  pixels per cm     27  number of minutiae n
+//   offset  size  field
+//   0       4     "FMR" and a zero byte
+//   4       4     " 20" and a zero byte
+//   8       4     record length
+//   12      2     capture equipment
+//   14      4     image width and height, pixels
+//   18      4     horizontal and vertical resolution, pixels per cm
+//   22      1     number of finger views, 1
+//   23      1     reserved, 0
+//   24      1     finger position code
+//   25      1     view 0, live plain
+//   26      1     finger quality
+//   27      1     number of minutiae, n
+//   28+6i   2     type (2 bits), x (14 bits)
+//   30+6i   2     reserved (2 bits), y (14 bits)
+//   32+6i   1     angle, 1.40625 degrees a step
+//   33+6i   1     minutia quality, 1..100
+//   28+6n   2     extended data length, 0
 //
 // Multi-byte fields are big-endian, so a record has 30 + 6n bytes.
 

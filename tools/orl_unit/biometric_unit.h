@@ -78,7 +78,7 @@ enum class DuplicateRule {
     Allow,
 };
 
-// A stored record, as listed. The template's bytes are valid during the callback only.
+// A stored record, as listed. The identity is valid during the callback only.
 struct ListedRecord {
     Subject subject;
     const WINBIO_IDENTITY* identity = nullptr;

@@ -56,7 +56,7 @@ OrientationRanks ranksOf(const QuarterTurnCodes& second, const TriangleCode& fir
 
 // Which of a stretch's triangles have sides that differ by at most 17 each from those given. Blocks
 // outside `firstBlock`..`endBlock` are left out. Sides are little-endian words whose fourth byte
-// does not count; `sides` holds whole blocks.
+// does not count; `sides` holds whole blocks and is aligned to 16 bytes.
 //
 // Deliberate: the differences are taken modulo 256, unlike those of the pair test.
 TriangleBits nearSides(std::span<const std::uint32_t, kTrianglesPerStretch> sides,

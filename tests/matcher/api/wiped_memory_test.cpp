@@ -1,5 +1,5 @@
-// What a match leaves behind in memory that it has freed: every block is looked at when it is
-// deleted.
+// What a match leaves behind in memory that it has freed: every block but the smallest is looked at
+// when it is deleted.
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
-// The features of a finger worked out plainly, with nothing shared with the shipped builder: what it
-// is compared with.
+// The features of a finger worked out plainly, with nothing shared with the shipped builder: what
+// it is compared with.
 
 #include <optional>
 #include <span>

@@ -123,7 +123,7 @@ TEST(MatchTemplates, LetsTheEarlierFingerPairWinAFullTie) {
         matchTemplates(Fingers{finger, finger}, Fingers{finger, finger});
     EXPECT_EQ(both.firstFingerIndex, 0U);
     EXPECT_EQ(both.secondFingerIndex, 0U);
-    // Of (0, 1), (1, 0) and (1, 1), which tie, the first one in the order of the loops.
+    // Of (1, 1), (1, 2), (2, 1) and (2, 2), which tie, the first one in the order of the loops.
     const FingerFeatures other = RandomFinger(41);
     const TemplateMatchResult later =
         matchTemplates(Fingers{other, finger, finger}, Fingers{RandomFinger(42), finger, finger});
