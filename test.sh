@@ -69,7 +69,7 @@ for preset in native windows asan; do
 done
 # What runs on several threads.
 build_and_test tsan orl_table_first_use_tests orl_first_match_tests orl_features_tests \
-  orl_matcher_api_tests orl_adapter_matching_tests orl_engine_log_tests
+  orl_matcher_api_tests orl_adapter_matching_tests orl_engine_log_tests orl_module_tests
 # These differ from the first two in the adapter module alone.
 for preset in native-log windows-log; do
   build_and_test "$preset" orl_module_tests orl_engine_log_tests
