@@ -133,6 +133,18 @@ TEST_F(Enrollment, IsNotUpdatedOrCommittedWhenIdle) {
     EXPECT_THAT(TakeLog(), ElementsAre(kUpdate, "EngineAdapterCommitEnrollment SubFactor=3"));
 }
 
+TEST_F(Enrollment, IsNotUpdatedWhenIdleEvenWithoutASample) {
+    EXPECT_EQ(Update(), WINBIO_E_INVALID_DEVICE_STATE);
+    EXPECT_EQ(rejectDetail_, 0U);
+}
+
+TEST_F(Enrollment, IsNotCommittedWhenIdleEvenWithoutAStorageInterface) {
+    TheUnit().pipeline.StorageInterface = nullptr;
+    EXPECT_EQ(Commit(5, 3), WINBIO_E_INVALID_DEVICE_STATE);
+    EXPECT_EQ(Create(), S_OK);
+    EXPECT_EQ(Commit(5, 3), WINBIO_E_INVALID_DEVICE_STATE);
+}
+
 TEST_F(Enrollment, IsIdleAfterACommitWithTheTemplateKept) {
     EXPECT_EQ(TheUnit().Enroll(BirOf(4)), S_OK);
     EXPECT_EQ(Commit(5, 3), S_OK);
@@ -168,6 +180,28 @@ TEST_F(Enrollment, StaysInProgressWithItsTemplateWhenStorageRefusesIt) {
     EXPECT_EQ(Commit(5, 4), S_OK);
     EXPECT_FALSE(InProgress());
     EXPECT_THAT(TheUnit().storage.records, SizeIs(2));
+}
+
+TEST_F(Enrollment, ReturnsAnyFailureOfStorageAndStaysInProgress) {
+    EXPECT_EQ(TheUnit().Enroll(BirOf(4)), S_OK);
+    int call = 0;
+    for (const HRESULT hr : {WINBIO_E_DATABASE_FULL, WINBIO_E_DATABASE_WRITE_ERROR, E_FAIL}) {
+        TheUnit().storage.Fail("AddRecord", ++call, hr);
+        EXPECT_EQ(Commit(5, 3), hr);
+        EXPECT_TRUE(InProgress());
+        EXPECT_EQ(Template(), BirOf(4));
+    }
+    EXPECT_EQ(Commit(5, 3), S_OK);
+    EXPECT_FALSE(InProgress());
+}
+
+TEST_F(Enrollment, IsCommittedWithSOkWhateverSuccessCodeStorageReturns) {
+    EXPECT_EQ(TheUnit().Enroll(BirOf(4)), S_OK);
+    TakeLog();
+    TheUnit().storage.SucceedWith("AddRecord", S_FALSE);
+    EXPECT_EQ(Commit(5, 3), S_OK);
+    EXPECT_FALSE(InProgress());
+    EXPECT_EQ(TakeLog().back(), ResultLine("StorageInterface->AddRecord", "00000001"));
 }
 
 TEST_F(Enrollment, CannotBeCommittedWithoutAStorageInterface) {

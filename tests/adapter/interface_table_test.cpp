@@ -174,10 +174,16 @@ TEST_F(StubSlots, EnrollmentHashIsNotThereAndItsOutputsAreCleared) {
     EXPECT_EQ(EngineTable().GetEnrollmentHash(&pipeline_, &hash, &size), E_NOTIMPL);
     EXPECT_EQ(hash, nullptr);
     EXPECT_EQ(size, 0U);
+    hash = &byte;
+    EXPECT_EQ(EngineTable().GetEnrollmentHash(&pipeline_, &hash, nullptr), E_NOTIMPL);
+    EXPECT_EQ(hash, nullptr);
+    size = 77;
+    EXPECT_EQ(EngineTable().GetEnrollmentHash(&pipeline_, nullptr, &size), E_NOTIMPL);
+    EXPECT_EQ(size, 0U);
     EXPECT_EQ(EngineTable().GetEnrollmentHash(nullptr, nullptr, nullptr), E_NOTIMPL);
     EXPECT_THAT(
         TakeLog(),
-        ElementsAre(">> EngineAdapterGetEnrollmentHash", ">> EngineAdapterGetEnrollmentHash"));
+        testing::AllOf(testing::SizeIs(4), testing::Each(">> EngineAdapterGetEnrollmentHash")));
 }
 
 TEST_F(StubSlots, ControlUnitsAreNotThereAndTheirOutputsAreClearedWhereThereAreAny) {
@@ -190,11 +196,16 @@ TEST_F(StubSlots, ControlUnitsAreNotThereAndTheirOutputsAreClearedWhereThereAreA
         EXPECT_EQ(received, 0U);
         EXPECT_EQ(status, 0U);
         EXPECT_EQ(receive, 2);
+        received = 77;
+        EXPECT_EQ(slot(&pipeline_, 5, nullptr, 0, nullptr, 0, &received, nullptr), E_NOTIMPL);
+        EXPECT_EQ(received, 0U);
+        status = 78;
         EXPECT_EQ(slot(&pipeline_, 5, nullptr, 0, nullptr, 0, nullptr, &status), E_NOTIMPL);
+        EXPECT_EQ(status, 0U);
         EXPECT_EQ(slot(nullptr, 0, nullptr, 0, nullptr, 0, nullptr, nullptr), E_NOTIMPL);
     }
     EXPECT_THAT(TakeLog(),
-                testing::AllOf(testing::SizeIs(6), testing::Each(">> EngineAdapterControlUnit")));
+                testing::AllOf(testing::SizeIs(8), testing::Each(">> EngineAdapterControlUnit")));
 }
 
 }  // namespace

@@ -196,12 +196,15 @@ TEST_F(VerifyFeatureSet, ReturnsAFailureToReadTheRecordUnchanged) {
 
 TEST_F(VerifyFeatureSet, TakesASuccessCodeOtherThanSOkForSuccess) {
     Store(1, 2, 0x41);
-    TheUnit().storage.Fail("QueryBySubject", 1, S_FALSE);
-    TheUnit().storage.Fail("GetCurrentRecord", 1, WINBIO_E_DATABASE_READ_ERROR);
-    EXPECT_EQ(Verify(1, 2), WINBIO_E_DATABASE_READ_ERROR);
+    Answer({.matched = 1});
+    TheUnit().storage.SucceedWith("QueryBySubject", S_FALSE);
+    TheUnit().storage.SucceedWith("GetCurrentRecord", S_FALSE);
+    EXPECT_EQ(Verify(1, 2), S_OK);
+    EXPECT_EQ(outputs_.match, TRUE);
     const std::vector<std::string> log = TakeLog();
-    ASSERT_THAT(log, SizeIs(5));
+    ASSERT_THAT(log, SizeIs(10));
     EXPECT_EQ(log[3], ResultLine("StorageInterface->QueryBySubject", "00000001"));
+    EXPECT_EQ(log[4], ResultLine("StorageInterface->GetCurrentRecord", "00000001"));
 }
 
 struct BadTemplate {
@@ -235,6 +238,9 @@ TEST_F(VerifyFeatureSet, ReportsNoCaptureDataWithoutASampleAndLogsNoResult) {
     EXPECT_EQ(outputs_.match, FALSE);
     EXPECT_TRUE(outputs_.UnusedOnesAreNeutral());
     EXPECT_THAT(TakeLog(), ElementsAre("EngineAdapterVerifyFeatureSet SubFactor=255"));
+    // The sample is looked for first.
+    TheUnit().pipeline.StorageInterface = nullptr;
+    EXPECT_EQ(Verify(1, 255), WINBIO_E_NO_CAPTURE_DATA);
 }
 
 TEST_F(VerifyFeatureSet, RejectsACapturedSampleWithoutAnIsoRecord) {
@@ -392,6 +398,23 @@ TEST_F(IdentifyFeatureSet, WalksTheRecordsOfAllFingersInStoragesOrder) {
     EXPECT_EQ(TheFakeMatcher().matches[1].candidate, ViewOf(3, 0x31));
 }
 
+TEST_F(IdentifyFeatureSet, TakesASuccessCodeOtherThanSOkForSuccess) {
+    Store(1, 2, 0x41);
+    Store(8, 9, 0x42);
+    Answer({.matched = 0});
+    Answer({.matched = 1});
+    for (const char* routine :
+         {"QueryByContent", "FirstRecord", "NextRecord", "GetCurrentRecord"}) {
+        TheUnit().storage.SucceedWith(routine, S_FALSE);
+    }
+    EXPECT_EQ(Identify(), S_OK);
+    EXPECT_TRUE(SameIdentity(outputs_.identity, IdentityNumber(8)));
+    const std::vector<std::string> log = TakeLog();
+    ASSERT_THAT(log, SizeIs(15));
+    EXPECT_EQ(log[3], ResultLine("StorageInterface->QueryByContent", "00000001"));
+    EXPECT_EQ(log[4], ResultLine("StorageInterface->GetCurrentRecord", "00000001"));
+}
+
 TEST_F(IdentifyFeatureSet, StopsReadingAtTheMatch) {
     Store(1, 2, 0x41);
     Store(8, 9, 0x42);
@@ -530,6 +553,9 @@ TEST_F(IdentifyFeatureSet, ReportsNoCaptureDataWithoutASampleAndLogsNoResult) {
     EXPECT_EQ(Identify(), WINBIO_E_NO_CAPTURE_DATA);
     ExpectNobody();
     EXPECT_THAT(TakeLog(), ElementsAre(entry_));
+    // The sample is looked for first.
+    TheUnit().pipeline.StorageInterface = nullptr;
+    EXPECT_EQ(Identify(), WINBIO_E_NO_CAPTURE_DATA);
 }
 
 TEST_F(IdentifyFeatureSet, RejectsACapturedSampleWithoutAnIsoRecord) {

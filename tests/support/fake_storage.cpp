@@ -53,13 +53,18 @@ std::optional<HRESULT> FakeStorage::Note(const std::string& routine, const std::
     return failure == failures_.end() ? std::nullopt : std::optional(failure->second);
 }
 
-HRESULT FakeStorage::StartResultSet(std::vector<std::size_t> found) {
+HRESULT FakeStorage::Success(const std::string& routine) const {
+    const auto success = successes_.find(routine);
+    return success == successes_.end() ? S_OK : success->second;
+}
+
+HRESULT FakeStorage::StartResultSet(const std::string& routine, std::vector<std::size_t> found) {
     if (found.empty()) {
         return WINBIO_E_DATABASE_NO_RESULTS;
     }
     resultSet_ = std::move(found);
     cursor_ = 0;
-    return S_OK;
+    return Success(routine);
 }
 
 HRESULT WINAPI FakeStorage::AddRecord(PWINBIO_PIPELINE pipeline, PWINBIO_STORAGE_RECORD record) {
@@ -83,7 +88,7 @@ HRESULT WINAPI FakeStorage::AddRecord(PWINBIO_PIPELINE pipeline, PWINBIO_STORAGE
         return WINBIO_E_DUPLICATE_ENROLLMENT;
     }
     storage.records.push_back(std::move(added));
-    return S_OK;
+    return storage.Success("AddRecord");
 }
 
 HRESULT WINAPI FakeStorage::QueryBySubject(PWINBIO_PIPELINE pipeline,
@@ -106,7 +111,7 @@ HRESULT WINAPI FakeStorage::QueryBySubject(PWINBIO_PIPELINE pipeline,
             found.push_back(i);
         }
     }
-    return storage.StartResultSet(std::move(found));
+    return storage.StartResultSet("QueryBySubject", std::move(found));
 }
 
 HRESULT WINAPI FakeStorage::QueryByContent(PWINBIO_PIPELINE pipeline,
@@ -126,7 +131,7 @@ HRESULT WINAPI FakeStorage::QueryByContent(PWINBIO_PIPELINE pipeline,
             found.push_back(i);
         }
     }
-    return storage.StartResultSet(std::move(found));
+    return storage.StartResultSet("QueryByContent", std::move(found));
 }
 
 HRESULT WINAPI FakeStorage::FirstRecord(PWINBIO_PIPELINE pipeline) {
@@ -135,7 +140,8 @@ HRESULT WINAPI FakeStorage::FirstRecord(PWINBIO_PIPELINE pipeline) {
         return *failure;
     }
     storage.cursor_ = 0;
-    return storage.resultSet_.empty() ? WINBIO_E_DATABASE_NO_RESULTS : S_OK;
+    return storage.resultSet_.empty() ? WINBIO_E_DATABASE_NO_RESULTS
+                                      : storage.Success("FirstRecord");
 }
 
 HRESULT WINAPI FakeStorage::NextRecord(PWINBIO_PIPELINE pipeline) {
@@ -150,7 +156,7 @@ HRESULT WINAPI FakeStorage::NextRecord(PWINBIO_PIPELINE pipeline) {
         return WINBIO_E_DATABASE_NO_MORE_RECORDS;
     }
     ++storage.cursor_;
-    return S_OK;
+    return storage.Success("NextRecord");
 }
 
 HRESULT WINAPI FakeStorage::GetCurrentRecord(PWINBIO_PIPELINE pipeline,
@@ -177,7 +183,7 @@ HRESULT WINAPI FakeStorage::GetCurrentRecord(PWINBIO_PIPELINE pipeline,
     }
     record->PayloadBlob = current.payload.empty() ? nullptr : current.payload.data();
     record->PayloadBlobSize = current.payload.size();
-    return S_OK;
+    return storage.Success("GetCurrentRecord");
 }
 
 }  // namespace orl::test

@@ -42,6 +42,9 @@ class FakeStorage {
     // Makes call number `nth` (from 1) of a routine, named as its slot, return `hr` and do nothing.
     void Fail(const std::string& routine, int nth, HRESULT hr);
 
+    // Makes every call of a routine that does its work return `hr`, a success code, for S_OK.
+    void SucceedWith(const std::string& routine, HRESULT hr) { successes_[routine] = hr; }
+
     // The calls so far with their arguments, as "QueryByContent 255 null 0"; cleared by taking
     // them.
     std::vector<std::string> TakeCalls() { return std::exchange(calls_, {}); }
@@ -73,12 +76,16 @@ class FakeStorage {
 
     // Notes a call, and tells the failure planned for it.
     std::optional<HRESULT> Note(const std::string& routine, const std::string& arguments);
-    HRESULT StartResultSet(std::vector<std::size_t> found);
+    HRESULT StartResultSet(const std::string& routine, std::vector<std::size_t> found);
+
+    // What a call that did its work returns.
+    HRESULT Success(const std::string& routine) const;
 
     WINBIO_STORAGE_INTERFACE interface_;
     std::vector<std::string> calls_;
     std::map<std::string, int> callCounts_;
     std::map<std::pair<std::string, int>, HRESULT> failures_;
+    std::map<std::string, HRESULT> successes_;
     std::vector<std::size_t> resultSet_;  // indices into `records`
     std::size_t cursor_ = 0;
     WINBIO_STORAGE_RECORD lastAdded_ = {};
