@@ -4,8 +4,9 @@
 #include <system_error>
 
 #include "tools/command_line/utf8_path.h"
+#include "tools/orl_finger/complaint.h"
+#include "tools/orl_finger/file_bytes.h"
 #include "tools/orl_finger/impression.h"
-#include "tools/orl_finger/record_file.h"
 
 namespace orl::tools {
 namespace {
@@ -56,11 +57,11 @@ bool writeFinger(const GenerateOptions& options, int fingerNumber, std::ostream&
 
 ExitStatus runGenerate(const GenerateOptions& options, std::ostream& out, std::ostream& err) {
     if (!makeDirectory(options.directory, err)) {
-        return ExitStatus::kUnusable;
+        return ExitStatus::kFailed;
     }
     for (int finger = 0; finger < options.fingers; ++finger) {
         if (!writeFinger(options, kFirstFingerName + finger, err)) {
-            return ExitStatus::kUnusable;
+            return ExitStatus::kFailed;
         }
     }
     out << options.fingers * options.impressions << " records in " << options.directory << '\n';

@@ -7,7 +7,7 @@
 #include <ostream>
 #include <string>
 
-#include "tools/orl_finger/exit_status.h"
+#include "tools/command_line/exit_status.h"
 
 namespace orl::tools {
 

@@ -7,9 +7,10 @@
 #include "matcher/api/finger_matcher.h"
 #include "matcher/api/template_loading.h"
 #include "matcher/triangulation/delaunay_mesh.h"
+#include "tools/orl_finger/complaint.h"
+#include "tools/orl_finger/file_bytes.h"
 #include "tools/orl_finger/json_line.h"
 #include "tools/orl_finger/match_report.h"
-#include "tools/orl_finger/record_file.h"
 
 namespace orl::tools {
 namespace {
@@ -159,10 +160,8 @@ ExitStatus inspectFile(const std::string& name, bool json, std::ostream& out, st
     Inspection inspection;
     inspection.record = name;
     std::vector<std::uint8_t> bytes;
-    std::string reason;
-    if (!readFile(name, bytes, reason)) {
-        complain(err, name, reason);
-        return ExitStatus::kUnusable;
+    if (!readOrComplain(name, bytes, err)) {
+        return ExitStatus::kFailed;
     }
     inspectRecord(bytes, inspection);
     if (json) {
@@ -174,7 +173,7 @@ ExitStatus inspectFile(const std::string& name, bool json, std::ostream& out, st
         return ExitStatus::kDone;
     }
     complain(err, name, inspection.message);
-    return ExitStatus::kUnusable;
+    return ExitStatus::kFailed;
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/orl_finger/exit_status.h"
+#include "tools/command_line/exit_status.h"
 
 namespace orl::tools {
 

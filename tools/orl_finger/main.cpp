@@ -6,8 +6,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/command_line/exit_status.h"
 #include "tools/command_line/standard_streams.h"
-#include "tools/orl_finger/exit_status.h"
+#include "tools/command_line/whole_number.h"
+#include "tools/orl_finger/complaint.h"
 #include "tools/orl_finger/generate_command.h"
 #include "tools/orl_finger/inspect_command.h"
 #include "tools/orl_finger/match_command.h"
@@ -36,7 +38,8 @@ void describeMatch(CommandLine& line) {
     pairs->excludes(probe)->excludes(candidate);
     line.match
         ->add_option("--threshold", options.threshold, "Decision threshold (100 or less: tens)")
-        ->capture_default_str();
+        ->capture_default_str()
+        ->transform(wholeNumber<std::int32_t>());
     line.match->add_flag("--json", options.json, "Print one JSON object a line for each pair");
     line.match->callback([&options] {
         const bool onePair = !options.probe.empty() && !options.candidate.empty();
@@ -46,17 +49,27 @@ void describeMatch(CommandLine& line) {
     });
 }
 
+// The parser splits a word in square brackets at its commas where an option takes several words. A
+// zero byte before the bracket, which no argument holds, keeps the word whole.
+std::string hideBracket(const std::string& word) {
+    return word.starts_with('[') ? std::string(1, '\0') + word : word;
+}
+
+std::string unhideBracket(std::string& word) {
+    if (word.starts_with('\0')) {
+        word.erase(0, 1);
+    }
+    return {};
+}
+
 void describeInspect(CommandLine& line) {
     InspectOptions& options = line.inspectOptions;
     line.inspect = line.app.add_subcommand(
         "inspect", "Show the minutiae, triangulation and triangles of records");
-    line.inspect->add_option("RECORD", options.records, "Records to show")->required();
+    line.inspect->add_option("RECORD", options.records, "Records to show")
+        ->required()
+        ->transform(CLI::Validator(unhideBracket, ""));
     line.inspect->add_flag("--json", options.json, "Print one JSON object a line for each record");
-}
-
-// The parser would wrap a negative number into an unsigned option.
-std::string refusalOfMinus(const std::string& number) {
-    return number.find('-') == std::string::npos ? "" : "must not be negative";
 }
 
 void describeGenerate(CommandLine& line) {
@@ -66,19 +79,24 @@ void describeGenerate(CommandLine& line) {
         ->required();
     line.generate->add_option("--fingers", options.fingers, "Number of fingers")
         ->required()
-        ->check(CLI::Range(1, kMostFingers));
+        ->transform(wholeNumber(1, kMostFingers));
     line.generate->add_option("--impressions", options.impressions, "Impressions of each finger")
         ->required()
-        ->check(CLI::Range(1, kMostImpressions));
+        ->transform(wholeNumber(1, kMostImpressions));
     line.generate->add_option("--seed", options.seed, "The same seed gives the same records")
         ->required()
-        ->check(CLI::Validator(refusalOfMinus, "", "not negative"));
+        ->transform(wholeNumber<std::uint64_t>());
 }
 
 void describe(CommandLine& line) {
     line.app.name("orl-finger");
     line.app.set_version_flag("--version", "orl-finger " ORL_VERSION);
-    line.app.require_subcommand(1);
+    line.app.require_subcommand(0, 1);
+    line.app.final_callback([&line] {
+        if (line.app.get_subcommands().empty()) {
+            throw CLI::RequiredError("match, inspect or generate");
+        }
+    });
     // On Windows too, a word that begins with "/" is a file's name.
     line.app.allow_windows_style_options(false);
     describeMatch(line);
@@ -88,7 +106,7 @@ void describe(CommandLine& line) {
 
 ExitStatus runCommand(const CommandLine& line) {
     if (line.match->parsed()) {
-        return runMatch(line.matchOptions, std::cin, std::cout, std::cerr);
+        return runMatch(line.matchOptions, std::cout, std::cerr);
     }
     if (line.generate->parsed()) {
         return runGenerate(line.generateOptions, std::cout, std::cerr);
@@ -96,23 +114,30 @@ ExitStatus runCommand(const CommandLine& line) {
     return runInspect(line.inspectOptions, std::cout, std::cerr);
 }
 
-ExitStatus run(std::vector<std::string> arguments) {
+void parse(CommandLine& line, std::vector<std::string> arguments) {
+    if (!arguments.empty() && arguments.front() == "inspect") {
+        std::transform(arguments.begin(), arguments.end(), arguments.begin(), hideBracket);
+    }
+    std::reverse(arguments.begin(), arguments.end());  // the order in which the parser takes them
+    line.app.parse(arguments);
+}
+
+ExitStatus run(const std::vector<std::string>& arguments) {
     CommandLine line;
     describe(line);
+    ExitStatus end = ExitStatus::kDone;
     try {
-        std::reverse(arguments.begin(), arguments.end());  // the order in which parse takes them
-        line.app.parse(arguments);
+        parse(line, arguments);
+        end = runCommand(line);
     } catch (const CLI::Success& asked) {  // --help, --version
         line.app.exit(asked, std::cout, std::cerr);
-        return ExitStatus::kDone;
     } catch (const CLI::ParseError& error) {
         complain(std::cerr, error.what(), "see orl-finger --help");
         return ExitStatus::kWrongUsage;
     }
-    const ExitStatus end = runCommand(line);
     if (!std::cout.flush()) {
         complain(std::cerr, "standard output", "could not be written");
-        return ExitStatus::kUnusable;
+        return ExitStatus::kFailed;
     }
     return end;
 }
@@ -122,7 +147,7 @@ ExitStatus run(std::vector<std::string> arguments) {
 
 int main(int argc, char** argv) {
     using orl::tools::ExitStatus;
-    ExitStatus end = ExitStatus::kUnusable;
+    ExitStatus end = ExitStatus::kFailed;
     try {
         orl::tools::prepareStandardStreams();
         end = orl::tools::run(orl::tools::argumentsAsUtf8(argc, argv));

@@ -1,12 +1,13 @@
 #include "tools/orl_finger/match_command.h"
 
 #include <exception>
-#include <sstream>
 #include <vector>
 
 #include "matcher/api/match_facade.h"
+#include "tools/command_line/text_lines.h"
+#include "tools/orl_finger/complaint.h"
+#include "tools/orl_finger/file_bytes.h"
 #include "tools/orl_finger/match_report.h"
-#include "tools/orl_finger/record_file.h"
 
 namespace orl::tools {
 namespace {
@@ -42,15 +43,6 @@ MatchReport matchRecords(const std::string& probeName,
     return report;
 }
 
-bool readRecord(const std::string& name, std::vector<std::uint8_t>& bytes, std::ostream& err) {
-    std::string reason;
-    if (readFile(name, bytes, reason)) {
-        return true;
-    }
-    complain(err, name, reason);
-    return false;
-}
-
 ExitStatus matchPair(const std::string& probeName,
                      const std::string& candidateName,
                      const MatchOptions& options,
@@ -58,8 +50,8 @@ ExitStatus matchPair(const std::string& probeName,
                      std::ostream& err) {
     std::vector<std::uint8_t> probe;
     std::vector<std::uint8_t> candidate;
-    if (!readRecord(probeName, probe, err) || !readRecord(candidateName, candidate, err)) {
-        return ExitStatus::kUnusable;
+    if (!readOrComplain(probeName, probe, err) || !readOrComplain(candidateName, candidate, err)) {
+        return ExitStatus::kFailed;
     }
     const MatchReport report =
         matchRecords(probeName, probe, candidateName, candidate, options.threshold);
@@ -72,7 +64,7 @@ ExitStatus matchPair(const std::string& probeName,
         return ExitStatus::kDone;
     }
     complain(err, subjectOfFailure(report), report.message);
-    return ExitStatus::kUnusable;
+    return ExitStatus::kFailed;
 }
 
 // Splits PROBE<TAB>CANDIDATE; false when there is not exactly one tab with text on both sides.
@@ -86,17 +78,12 @@ bool splitPair(const std::string& line, std::string& probe, std::string& candida
     return !probe.empty() && !candidate.empty();
 }
 
-ExitStatus matchPairs(std::istream& pairs,
-                      const std::string& pairsName,
+ExitStatus matchPairs(TextLines& pairs,
                       const MatchOptions& options,
                       std::ostream& out,
                       std::ostream& err) {
     ExitStatus end = ExitStatus::kDone;
-    std::string line;
-    for (std::size_t lineNumber = 1; std::getline(pairs, line); ++lineNumber) {
-        if (line.ends_with('\r')) {
-            line.pop_back();
-        }
+    for (std::string line; pairs.next(line);) {
         if (line.empty()) {
             continue;
         }
@@ -105,32 +92,27 @@ ExitStatus matchPairs(std::istream& pairs,
         if (splitPair(line, probe, candidate)) {
             end = worse(end, matchPair(probe, candidate, options, out, err));
         } else {
-            complain(
-                err, pairsName + ":" + std::to_string(lineNumber), "expected PROBE<TAB>CANDIDATE");
-            end = ExitStatus::kUnusable;
+            complain(err,
+                     pairs.name() + ":" + std::to_string(pairs.number()),
+                     "expected PROBE<TAB>CANDIDATE");
+            end = ExitStatus::kFailed;
         }
+    }
+    if (!pairs.failure().empty()) {
+        complain(err, pairs.name(), pairs.failure());
+        end = ExitStatus::kFailed;
     }
     return end;
 }
 
 }  // namespace
 
-ExitStatus runMatch(const MatchOptions& options,
-                    std::istream& in,
-                    std::ostream& out,
-                    std::ostream& err) {
+ExitStatus runMatch(const MatchOptions& options, std::ostream& out, std::ostream& err) {
     if (options.pairsFile.empty()) {
         return matchPair(options.probe, options.candidate, options, out, err);
     }
-    if (options.pairsFile == "-") {
-        return matchPairs(in, "standard input", options, out, err);
-    }
-    std::vector<std::uint8_t> bytes;
-    if (!readRecord(options.pairsFile, bytes, err)) {
-        return ExitStatus::kUnusable;
-    }
-    std::istringstream pairs(std::string(bytes.begin(), bytes.end()));
-    return matchPairs(pairs, options.pairsFile, options, out, err);
+    TextLines pairs(options.pairsFile);
+    return matchPairs(pairs, options, out, err);
 }
 
 }  // namespace orl::tools

@@ -3,11 +3,10 @@
 // orl-finger match: compares records and prints the outcomes.
 
 #include <cstdint>
-#include <istream>
 #include <ostream>
 #include <string>
 
-#include "tools/orl_finger/exit_status.h"
+#include "tools/command_line/exit_status.h"
 
 namespace orl::tools {
 
@@ -24,10 +23,8 @@ struct MatchOptions {
 };
 
 // Prints one outcome for each pair to `out`, in input order. A file that cannot be read gives a
-// message on `err` and no outcome; a pair that cannot be matched gives both.
-ExitStatus runMatch(const MatchOptions& options,
-                    std::istream& in,
-                    std::ostream& out,
-                    std::ostream& err);
+// message on `err` and no outcome; a pair that cannot be matched gives both. A list that cannot be
+// read to its end gives a message behind the outcomes of its first lines.
+ExitStatus runMatch(const MatchOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace orl::tools

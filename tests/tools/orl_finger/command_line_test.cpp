@@ -32,6 +32,7 @@ TEST(OrlFinger, EndsWithStatus2OnWrongUsage) {
     } cases[] = {
         {"no command", {}},
         {"unknown command", {"compare", kRecord, kRecord}},
+        {"unknown command alone", {"compare"}},
         {"two commands", {"inspect", kRecord, "--json", "--version-of-what"}},
         {"match without records", {"match"}},
         {"match with one record", {"match", kRecord}},
@@ -40,6 +41,11 @@ TEST(OrlFinger, EndsWithStatus2OnWrongUsage) {
         {"pairs without a file", {"match", "--json", "--pairs"}},
         {"a threshold in words", {"match", kRecord, kRecord, "--threshold", "high"}},
         {"a threshold beyond 32 bits", {"match", kRecord, kRecord, "--threshold", "2147483648"}},
+        {"an empty threshold", {"match", kRecord, kRecord, "--threshold", ""}},
+        {"a threshold in base 16", {"match", kRecord, kRecord, "--threshold", "0x10"}},
+        {"a threshold with a fraction", {"match", kRecord, kRecord, "--threshold", "300.0"}},
+        {"a threshold and a space", {"match", kRecord, kRecord, "--threshold", "300 "}},
+        {"an empty name for the pairs", {"match", "--pairs", ""}},
         {"inspect without records", {"inspect", "--json"}},
         {"unknown option", {"inspect", kRecord, "--colour"}},
         {"generate without a folder",
@@ -52,6 +58,17 @@ TEST(OrlFinger, EndsWithStatus2OnWrongUsage) {
          {"generate", "never-made", "--fingers", "1", "--impressions", "0", "--seed", "1"}},
         {"a negative seed",
          {"generate", "never-made", "--fingers", "1", "--impressions", "1", "--seed", "-1"}},
+        {"an empty seed",
+         {"generate", "never-made", "--fingers", "1", "--impressions", "1", "--seed", ""}},
+        {"a seed beyond 64 bits",
+         {"generate",
+          "never-made",
+          "--fingers",
+          "1",
+          "--impressions",
+          "1",
+          "--seed",
+          "18446744073709551616"}},
     };
     for (const auto& testCase : cases) {
         const ProgramOutcome outcome = RunOrlFinger(testCase.arguments);
@@ -61,6 +78,28 @@ TEST(OrlFinger, EndsWithStatus2OnWrongUsage) {
         EXPECT_EQ(LinesOf(outcome.err).size(), 1U) << testCase.why << ": " << outcome.err;
     }
 }
+
+TEST(OrlFinger, NamesACommandThatItDoesNotKnow) {
+    EXPECT_THAT(RunOrlFinger({"compare"}).err, HasSubstr("compare"));
+}
+
+TEST(OrlFinger, ComplainsInOneLineWhateverANameHolds) {
+    const std::string err = RunOrlFinger({"inspect", "no\nsuch\x1B[2Jfile"}).err;
+    EXPECT_THAT(err, StartsWith("orl-finger: no?such?[2Jfile: "));
+    EXPECT_EQ(LinesOf(err).size(), 1U);
+    EXPECT_THAT(RunOrlFinger({"inspect", ""}).err, StartsWith("orl-finger: '': "));
+}
+
+#ifndef _WIN32
+TEST(OrlFinger, EndsWithStatus1WhenWhatWasAskedCannotBeWritten) {
+    for (const char* arguments : {"--help", "--version", "inspect samples/101_1.fmr --json"}) {
+        const ProgramOutcome outcome = RunProgram(
+            "/bin/sh", {"-c", std::string(ORL_FINGER_PROGRAM " ") + arguments + " >/dev/full"});
+        EXPECT_EQ(outcome.exitStatus, 1) << arguments;
+        EXPECT_EQ(outcome.err, "orl-finger: standard output: could not be written\n") << arguments;
+    }
+}
+#endif
 
 }  // namespace
 }  // namespace orl::test

@@ -119,6 +119,14 @@ TEST(InspectCommand, GoesOnAfterRecordsThatCannotBeUsed) {
     }
 }
 
+TEST(InspectCommand, TakesANameInSquareBracketsForOneName) {
+    const ProgramOutcome outcome = RunOrlFinger({"inspect", "[a,b]", "[]", "--json"});
+    EXPECT_EQ(outcome.exitStatus, 1);
+    EXPECT_EQ(outcome.err,
+              "orl-finger: [a,b]: No such file or directory\n"
+              "orl-finger: []: No such file or directory\n");
+}
+
 TEST(InspectCommand, ListsMinutiaeInWordsWithoutJson) {
     const ScratchFolder folder;
     const std::string name = folder.Write("triangle.fmr", BuildRecord(triangleRecord()));

@@ -13,6 +13,7 @@ namespace {
 
 using nlohmann::ordered_json;
 using testing::HasSubstr;
+using testing::StartsWith;
 using testing::Not;
 
 constexpr char kSameFinger[] = "samples/101_2.fmr";
@@ -264,6 +265,33 @@ TEST_F(MatchCommand, NamesThePairsFileThatCannotBeRead) {
     EXPECT_EQ(outcome.exitStatus, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err, "orl-finger: " + missing + ": No such file or directory\n");
+}
+
+TEST_F(MatchCommand, DoesNotTakeAListThatCannotBeReadForAnEmptyOne) {
+    const ProgramOutcome outcome =
+        RunOrlFinger({"match", "--pairs", folder().PathOf("."), "--json"});
+    EXPECT_EQ(outcome.exitStatus, 1);
+    EXPECT_EQ(outcome.err, "orl-finger: " + folder().PathOf(".") + ": is a directory\n");
+}
+
+#ifndef _WIN32
+TEST_F(MatchCommand, DoesNotTakeStandardInputThatCannotBeReadForAnEmptyList) {
+    for (const char* input : {"<.", "<&-"}) {
+        const ProgramOutcome outcome = RunProgram(
+            "/bin/sh", {"-c", std::string(ORL_FINGER_PROGRAM " match --pairs - --json ") + input});
+        EXPECT_EQ(outcome.exitStatus, 1) << input;
+        EXPECT_THAT(outcome.err, StartsWith("orl-finger: standard input: ")) << input;
+    }
+}
+#endif
+
+TEST_F(MatchCommand, StopsAtALineThatIsTooLongForAPair) {
+    const std::string good = std::string(kRecord) + "\t" + kRecord + "\n";
+    const ProgramOutcome outcome = RunOrlFinger({"match", "--pairs", "-", "--json"},
+                                                good + std::string(65537, 'x') + "\n" + good);
+    EXPECT_EQ(outcome.exitStatus, 1);
+    EXPECT_EQ(LinesOf(outcome.out).size(), 1U);
+    EXPECT_EQ(outcome.err, "orl-finger: standard input: line 2 is longer than 65536 bytes\n");
 }
 
 TEST_F(MatchCommand, FindsRecordsByUtf8Names) {

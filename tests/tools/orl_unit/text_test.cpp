@@ -1,4 +1,4 @@
-// What the user sees: one-line messages, tables, the progress bar, names of results; and UTF-8.
+// What the user sees: tables, the progress bar, names of results; and UTF-8.
 
 #include <algorithm>
 #include <iterator>
@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/orl_unit/command_error.h"
 #include "tools/orl_unit/hresult_text.h"
 #include "tools/orl_unit/progress_bar.h"
 #include "tools/orl_unit/row_checksum.h"
@@ -16,11 +15,6 @@
 
 namespace orl::unit {
 namespace {
-
-TEST(OneLine, ReplacesControlCharactersOnly) {
-    EXPECT_EQ(oneLine("a\nb\x1B[2J\x7F\xC3\xA4"), "a?b?[2J?\xC3\xA4");
-    EXPECT_EQ(inQuotes("a\tb"), "'a?b'");
-}
 
 TEST(TextTable, PadsColumnsAndTrimsLineEnds) {
     using Align = TextTable::Align;

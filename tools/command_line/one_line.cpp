@@ -1,8 +1,8 @@
-#include "tools/orl_unit/command_error.h"
+#include "tools/command_line/one_line.h"
 
 #include <algorithm>
 
-namespace orl::unit {
+namespace orl::tools {
 namespace {
 
 constexpr unsigned char kFirstPrintable = 0x20;
@@ -28,4 +28,4 @@ std::string inQuotes(std::string_view text) {
     return line;
 }
 
-}  // namespace orl::unit
+}  // namespace orl::tools

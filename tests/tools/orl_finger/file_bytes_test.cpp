@@ -1,4 +1,4 @@
-#include "tools/orl_finger/record_file.h"
+#include "tools/orl_finger/file_bytes.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ std::vector<std::uint8_t> patternOfLength(std::size_t length) {
     return bytes;
 }
 
-TEST(RecordFile, ReadsBackWhatItWroteWhateverTheLength) {
+TEST(FileBytes, ReadsBackWhatItWroteWhateverTheLength) {
     const ScratchFolder folder;
     for (const std::size_t length : {0U, 1U, 6200U, 65535U, 65536U, 65537U, 200000U}) {
         const std::string name = folder.PathOf("bytes");
@@ -30,7 +30,7 @@ TEST(RecordFile, ReadsBackWhatItWroteWhateverTheLength) {
     }
 }
 
-TEST(RecordFile, ChangesNoLineEnds) {
+TEST(FileBytes, ChangesNoLineEnds) {
     const ScratchFolder folder;
     const std::vector<std::uint8_t> written{'\n', '\r', '\n', 0x1A, 'x'};  // 0x1A ends a DOS text
     std::string reason;
@@ -40,7 +40,7 @@ TEST(RecordFile, ChangesNoLineEnds) {
     EXPECT_EQ(read, written);
 }
 
-TEST(RecordFile, TakesNamesAsUtf8) {
+TEST(FileBytes, TakesNamesAsUtf8) {
     const ScratchFolder folder;
     const std::string name = folder.Write("f\xC3\xBCnf_\xE6\x8C\x87.fmr", patternOfLength(5));
     std::vector<std::uint8_t> read;
@@ -49,7 +49,7 @@ TEST(RecordFile, TakesNamesAsUtf8) {
     EXPECT_EQ(read, patternOfLength(5));
 }
 
-TEST(RecordFile, TellsWhyAFileCannotBeRead) {
+TEST(FileBytes, TellsWhyAFileCannotBeRead) {
     const ScratchFolder folder;
     std::vector<std::uint8_t> bytes;
     std::string reason;
@@ -60,7 +60,19 @@ TEST(RecordFile, TellsWhyAFileCannotBeRead) {
     EXPECT_FALSE(readFile("", bytes, reason));
 }
 
-TEST(RecordFile, TellsWhyAFileCannotBeWritten) {
+TEST(FileBytes, ReadsAFileAsLongAsTheLargestRecordAndNoLongerOne) {
+    const ScratchFolder folder;
+    std::vector<std::uint8_t> bytes;
+    std::string reason;
+    EXPECT_TRUE(
+        readFile(folder.Write("most", std::vector<std::uint8_t>(kMaxFileBytes)), bytes, reason));
+    EXPECT_EQ(bytes.size(), kMaxFileBytes);
+    EXPECT_FALSE(readFile(
+        folder.Write("more", std::vector<std::uint8_t>(kMaxFileBytes + 1)), bytes, reason));
+    EXPECT_EQ(reason, "is longer than any record");
+}
+
+TEST(FileBytes, TellsWhyAFileCannotBeWritten) {
     const ScratchFolder folder;
     std::string reason;
     EXPECT_FALSE(writeFile(folder.PathOf("no/such/folder"), patternOfLength(3), reason));

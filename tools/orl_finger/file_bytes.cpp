@@ -1,4 +1,4 @@
-#include "tools/orl_finger/record_file.h"
+#include "tools/orl_finger/file_bytes.h"
 
 #include <array>
 #include <cerrno>
@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "tools/command_line/utf8_path.h"
+#include "tools/orl_finger/complaint.h"
 
 namespace orl::tools {
 namespace {
@@ -48,7 +49,7 @@ bool readFile(const std::string& name, std::vector<std::uint8_t>& bytes, std::st
     }
     bytes.clear();
     std::array<char, kReadChunkBytes> chunk{};
-    while (in) {
+    while (in && bytes.size() <= kMaxFileBytes) {
         in.read(chunk.data(), static_cast<std::streamsize>(chunk.size()));
         bytes.insert(bytes.end(), chunk.data(), chunk.data() + in.gcount());
     }
@@ -56,7 +57,20 @@ bool readFile(const std::string& name, std::vector<std::uint8_t>& bytes, std::st
         reason = reasonFromErrno("cannot be read");
         return false;
     }
+    if (bytes.size() > kMaxFileBytes) {
+        reason = "is longer than any record";
+        return false;
+    }
     return true;
+}
+
+bool readOrComplain(const std::string& name, std::vector<std::uint8_t>& bytes, std::ostream& err) {
+    std::string reason;
+    if (readFile(name, bytes, reason)) {
+        return true;
+    }
+    complain(err, name, reason);
+    return false;
 }
 
 bool writeFile(const std::string& name, std::span<const std::uint8_t> bytes, std::string& reason) {
