@@ -1,12 +1,24 @@
 #!/usr/bin/env bash
-# demo.sh [--data DIR]: builds what is needed and runs the main job on sample records: fingers are
-# enrolled, verified and identified through the adapter's interface table. DIR holds records named
-# FINGER_IMPRESSION.fmr; without it the shipped samples are used.
+# demo.sh [--data DIR] [--impostors N]: builds what is needed and runs the main job on sample records:
+# fingers are enrolled, verified and identified through the adapter's interface table. DIR holds
+# records named FINGER_IMPRESSION.fmr; without it the shipped samples are used.
 set -euo pipefail
-arguments=("$@")
-if [ "${1-}" = --data ] && [ -n "${2-}" ]; then
-  arguments=(--data "$(realpath -m -- "$2")" "${@:3}")
-fi
+# DIR is seen from the caller's folder.
+arguments=()
+while [ $# -gt 0 ]; do
+  case $1 in
+    --data=?*) arguments+=("--data=$(realpath -m -- "${1#--data=}")") ;;
+    --data)
+      arguments+=("$1")
+      if [ -n "${2-}" ]; then
+        arguments+=("$(realpath -m -- "$2")")
+        shift
+      fi
+      ;;
+    *) arguments+=("$1") ;;
+  esac
+  shift
+done
 cd "$(dirname "$(realpath "$0")")"
 
 scripts/install_packages.sh g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libsqlite3-dev

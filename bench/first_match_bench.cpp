@@ -36,8 +36,8 @@ void FirstMatch(benchmark::State& state) {
     for (auto _ : state) {
         const double before = ResidentKiB();
         unit::BiometricUnit unit(ORL_ENGINE_ADAPTER_MODULE);
-        unit.openStore(std::string(unit::kMemoryStorePath), unit::StoreUse::CreateIfMissing, {});
-        unit.enroll(sample, subject, unit::DuplicateRule::Allow);
+        unit.openStore(std::string(unit::kMemoryStorePath), unit::StoreUse::kCreateIfMissing, {});
+        unit.enroll(sample, subject, unit::DuplicateRule::kAllow);
         if (!unit.verify(sample, subject).match) {
             throw std::runtime_error("a record does not match itself");
         }

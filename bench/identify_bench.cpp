@@ -41,7 +41,7 @@ void Fill(BiometricUnit& unit, const RecordSet& set, std::size_t count) {
         }
         const unit::Subject subject{"identity " + std::to_string(stored / kFingersPerIdentity),
                                     static_cast<std::uint8_t>(1 + stored % kFingersPerIdentity)};
-        if (!unit.enroll(wrapped, subject, unit::DuplicateRule::Allow).stored) {
+        if (!unit.enroll(wrapped, subject, unit::DuplicateRule::kAllow).stored) {
             throw std::runtime_error("a record was not enrolled");
         }
         ++stored;
@@ -63,7 +63,7 @@ FingerRecord UnknownProbe(BiometricUnit& unit, const RecordSet& set) {
 void Identify(benchmark::State& state, const RecordSet& set) {
     const auto count = static_cast<std::size_t>(state.range(0));
     BiometricUnit unit(ORL_ENGINE_ADAPTER_MODULE);
-    unit.openStore(std::string(unit::kMemoryStorePath), unit::StoreUse::CreateIfMissing, {});
+    unit.openStore(std::string(unit::kMemoryStorePath), unit::StoreUse::kCreateIfMissing, {});
     Fill(unit, set, count);
     const FingerRecord probe = UnknownProbe(unit, set);
     for (auto _ : state) {
@@ -76,7 +76,7 @@ void Identify(benchmark::State& state, const RecordSet& set) {
 void Verify(benchmark::State& state, const RecordSet& set) {
     constexpr std::size_t kRecords = 100;
     BiometricUnit unit(ORL_ENGINE_ADAPTER_MODULE);
-    unit.openStore(std::string(unit::kMemoryStorePath), unit::StoreUse::CreateIfMissing, {});
+    unit.openStore(std::string(unit::kMemoryStorePath), unit::StoreUse::kCreateIfMissing, {});
     Fill(unit, set, kRecords);
     const FingerRecord probe = UnknownProbe(unit, set);
     std::size_t next = 0;

@@ -28,4 +28,10 @@ std::string inQuotes(std::string_view text) {
     return line;
 }
 
+std::string counted(std::size_t count, std::string_view noun) {
+    std::string text = std::to_string(count) + ' ';
+    text += noun;
+    return count == 1 ? text : text + 's';
+}
+
 }  // namespace orl::tools

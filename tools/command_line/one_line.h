@@ -2,6 +2,7 @@
 
 // Text for messages, which are one line each whatever a file name or a library's message holds.
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -13,5 +14,8 @@ std::string oneLine(std::string_view text);
 
 // A name or path for a message: in single quotes, on one line.
 std::string inQuotes(std::string_view text);
+
+// A number of things by an English noun whose plural ends in "s": "1 record", "0 records".
+std::string counted(std::size_t count, std::string_view noun);
 
 }  // namespace orl::tools

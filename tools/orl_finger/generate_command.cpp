@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "tools/command_line/one_line.h"
 #include "tools/command_line/utf8_path.h"
 #include "tools/orl_finger/complaint.h"
 #include "tools/orl_finger/file_bytes.h"
@@ -64,7 +65,9 @@ ExitStatus runGenerate(const GenerateOptions& options, std::ostream& out, std::o
             return ExitStatus::kFailed;
         }
     }
-    out << options.fingers * options.impressions << " records in " << options.directory << '\n';
+    const int records = options.fingers * options.impressions;
+    out << counted(static_cast<std::size_t>(records), "record") << " in "
+        << oneLine(options.directory) << '\n';
     return ExitStatus::kDone;
 }
 

@@ -67,13 +67,14 @@ void BiometricUnit::openStore(const std::string& path,
                               const StoreAccessOptions& options) {
     storeName_ = path;
     if (path.empty() || !isWellFormedUtf8(path)) {
-        throw CommandError("store " + inQuotes(path) + " has no usable name");
+        throw CommandError("store " + inQuotes(path) +
+                           (path.empty() ? " has no name" : " has a name that is not UTF-8"));
     }
     forgetFault();
     storage().readOnly = options.readOnly;
     storage().lockWait = options.lockWait;
     const std::filesystem::path file = tools::pathFromUtf8(path);
-    if (use == StoreUse::CreateIfMissing && !options.readOnly) {
+    if (use == StoreUse::kCreateIfMissing && !options.readOnly) {
         createStore(file);
     }
     GUID databaseId = kDatabaseId;

@@ -31,8 +31,8 @@ class StoreError : public CommandError {
 };
 
 enum class StoreUse {
-    CreateIfMissing,
-    MustExist,
+    kCreateIfMissing,
+    kMustExist,
 };
 
 struct StoreAccessOptions {
@@ -74,8 +74,8 @@ struct IdentifyOutcome {
 };
 
 enum class DuplicateRule {
-    Refuse,  // a finger that matches a stored record is not enrolled
-    Allow,
+    kRefuse,  // a finger that matches a stored record is not enrolled
+    kAllow,
 };
 
 // A stored record, as listed. The identity is valid during the callback only.

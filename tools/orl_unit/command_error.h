@@ -17,4 +17,10 @@ class CommandError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// Standard output cannot be written: whatever else a command has to do would not be told.
+class OutputError : public CommandError {
+  public:
+    OutputError() : CommandError("standard output could not be written") {}
+};
+
 }  // namespace orl::unit

@@ -1,10 +1,13 @@
 #include "tools/orl_unit/command_line.h"
 
 #include <algorithm>
+#include <charconv>
 #include <ostream>
 
 #include <CLI/CLI.hpp>
 
+#include "tools/command_line/whole_number.h"
+#include "tools/orl_unit/complaint.h"
 #include "tools/orl_unit/delete_command.h"
 #include "tools/orl_unit/demo_command.h"
 #include "tools/orl_unit/enroll_command.h"
@@ -14,6 +17,8 @@
 
 namespace orl::unit {
 namespace {
+
+using tools::ExitStatus;
 
 constexpr double kMaxLockWaitSeconds = 86400.0;
 
@@ -36,6 +41,22 @@ struct CommandLine {
     DemoOptions demoOptions;
 };
 
+std::string refusalOfEmpty(const std::string& name) {
+    return name.empty() ? "needs a name" : "";
+}
+
+// Why the word is no number of seconds to wait. The parser would take an empty word for 0, and a
+// range lets pass what is not a number.
+std::string refusalOfWait(const std::string& word) {
+    double seconds = 0;
+    const char* const end = word.data() + word.size();
+    const auto [last, error] = std::from_chars(word.data(), end, seconds);
+    const bool isNumber = error == std::errc{} && last == end;
+    return isNumber && seconds >= 0 && seconds <= kMaxLockWaitSeconds
+               ? ""
+               : "'" + word + "' is not a number from 0 to 86400";
+}
+
 void describeUnit(CommandLine& line) {
     UnitOptions& options = line.unitOptions;
     options.store = defaultStore();
@@ -43,14 +64,12 @@ void describeUnit(CommandLine& line) {
         "--module", options.module, "Engine adapter module; default: the one built beside");
     line.store = line.app.add_option("--store", options.store, "Store file, or :memory:")
                      ->capture_default_str()
-                     ->check([](const std::string& path) {
-                         return path.empty() ? "needs a file name" : std::string();
-                     });
+                     ->check(refusalOfEmpty);
     line.app.add_flag("--read-only", options.readOnly, "Open the store without ever changing it");
     line.app
         .add_option("--wait", options.lockWaitSeconds, "Seconds to wait for a store that is in use")
         ->capture_default_str()
-        ->check(CLI::Range(0.0, kMaxLockWaitSeconds));
+        ->check(refusalOfWait);
     line.app.add_flag("--json", options.json, "Print results as JSON (not enroll and delete)");
 }
 
@@ -108,16 +127,24 @@ void describeDemo(CommandLine& line) {
     DemoOptions& options = line.demoOptions;
     line.demo = line.app.add_subcommand(
         "demo", "Enroll, verify and identify a folder of records, and show a summary");
-    line.demo->add_option(
-        "--data", options.folder, "Folder of FINGER_IMPRESSION.fmr; default: the samples");
+    line.demo
+        ->add_option(
+            "--data", options.folder, "Folder of FINGER_IMPRESSION.fmr; default: the samples")
+        ->check(refusalOfEmpty);
     line.demo->add_option("--impostors", options.impostorLimit, "Most impostor comparisons to make")
-        ->capture_default_str();
+        ->capture_default_str()
+        ->transform(tools::wholeNumber<std::size_t>());
 }
 
 void describe(CommandLine& line) {
     line.app.name("orl-unit");
     line.app.set_version_flag("--version", "orl-unit " ORL_VERSION);
-    line.app.require_subcommand(1);
+    line.app.require_subcommand(0, 1);
+    line.app.final_callback([&line] {
+        if (line.app.get_subcommands().empty()) {
+            throw CLI::RequiredError("A command");
+        }
+    });
     line.app.fallthrough();  // the options of the unit may stand behind the command
     // On Windows too, a word that begins with "/" is a file's name.
     line.app.allow_windows_style_options(false);
@@ -131,7 +158,7 @@ void describe(CommandLine& line) {
 ExitStatus runCommand(CommandLine& line, std::ostream& out, std::ostream& err) {
     if (line.enroll->parsed()) {
         const bool allDone = runEnroll(line.unitOptions, line.enrollOptions, out, err);
-        return allDone ? ExitStatus::Done : ExitStatus::Failed;
+        return allDone ? ExitStatus::kDone : ExitStatus::kFailed;
     }
     if (line.verify->parsed()) {
         runVerify(line.unitOptions, line.verifyOptions, out);
@@ -145,36 +172,42 @@ ExitStatus runCommand(CommandLine& line, std::ostream& out, std::ostream& err) {
         line.demoOptions.storeGiven = line.store->count() > 0;
         runDemoCommand(line.unitOptions, line.demoOptions, out);
     }
-    return ExitStatus::Done;
+    return ExitStatus::kDone;
+}
+
+ExitStatus parseAndRun(CommandLine& line,
+                       std::vector<std::string> arguments,
+                       std::ostream& out,
+                       std::ostream& err) {
+    try {
+        std::reverse(arguments.begin(), arguments.end());  // the order in which parse takes them
+        line.app.parse(arguments);
+    } catch (const CLI::Success& asked) {  // --help, --version
+        line.app.exit(asked, out, err);
+        return ExitStatus::kDone;
+    }
+    return runCommand(line, out, err);
 }
 
 }  // namespace
 
-void complain(std::ostream& err, const std::string& reason) {
-    err << "orl-unit: " << reason << '\n';
-}
-
-ExitStatus runCommandLine(std::vector<std::string> arguments,
+ExitStatus runCommandLine(const std::vector<std::string>& arguments,
                           std::ostream& out,
                           std::ostream& err) {
     CommandLine line;
     describe(line);
     try {
-        std::reverse(arguments.begin(), arguments.end());  // the order in which parse takes them
-        line.app.parse(arguments);
-    } catch (const CLI::ParseError& end) {
-        const bool asked = line.app.exit(end, out, err) == 0;  // --help, --version
-        return asked ? ExitStatus::Done : ExitStatus::WrongUsage;
-    }
-    try {
-        const ExitStatus end = runCommand(line, out, err);
+        const ExitStatus end = parseAndRun(line, arguments, out, err);
         if (!out.flush()) {
-            throw CommandError("standard output could not be written");
+            throw OutputError();
         }
         return end;
+    } catch (const CLI::ParseError& error) {
+        complain(err, std::string(error.what()) + ": see orl-unit --help");
+        return ExitStatus::kWrongUsage;
     } catch (const CommandError& error) {
         complain(err, error.what());
-        return ExitStatus::Failed;
+        return ExitStatus::kFailed;
     }
 }
 

@@ -57,7 +57,7 @@ class DemoRun {
             const Impression& impression = finger.impressions.front();
             const Subject subject{finger.name, subFactorOf(impression.record)};
             const EnrollOutcome outcome =
-                unit_.enroll(impression.record, subject, DuplicateRule::Refuse);
+                unit_.enroll(impression.record, subject, DuplicateRule::kRefuse);
             summary_.enroll.count(outcome.stored, outcome.time);
             if (outcome.stored) {
                 enrolled_.push_back({&finger, subject});

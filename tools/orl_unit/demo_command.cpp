@@ -13,6 +13,7 @@
 #include "tools/orl_unit/executable_path.h"
 #include "tools/orl_unit/file_store.h"
 #include "tools/orl_unit/interruption.h"
+#include "tools/orl_unit/path_argument.h"
 #include "tools/orl_unit/progress_bar.h"
 #include "tools/orl_unit/storage_adapter.h"
 #include "tools/orl_unit/temporary_folder.h"
@@ -32,7 +33,7 @@ std::filesystem::path sampleFolder() {
 }
 
 void openDemoStore(BiometricUnit& unit, const UnitOptions& options) {
-    unit.openStore(options.store, StoreUse::CreateIfMissing, storeAccess(options));
+    unit.openStore(options.store, StoreUse::kCreateIfMissing, storeAccess(options));
     bool isEmpty = true;
     unit.listRecords([&isEmpty](const ListedRecord& /*record*/) { isEmpty = false; });
     if (!isEmpty) {
@@ -89,7 +90,7 @@ std::string storeText(const UnitOptions& unitOptions, const DemoOptions& options
 
 void runDemoCommand(const UnitOptions& unitOptions, const DemoOptions& options, std::ostream& out) {
     const auto folder =
-        options.folder.empty() ? sampleFolder() : tools::pathFromUtf8(options.folder);
+        options.folder.empty() ? sampleFolder() : pathArgument(options.folder, "folder");
     const DemoRecords records = readDemoRecords(folder);
     const DemoSummary summary = runOnStore(unitOptions, options, records);
     if (unitOptions.json) {
@@ -100,8 +101,9 @@ void runDemoCommand(const UnitOptions& unitOptions, const DemoOptions& options, 
     out << "Unit attached: engine adapter "
         << oneLine(tools::utf8FromPath(modulePath(unitOptions).filename())) << ", store in "
         << storeText(unitOptions, options) << ".\n"
-        << "Records of " << oneLine(tools::utf8FromPath(folder)) << ": " << summary.fingerCount
-        << " fingers, " << summary.impressionCount << " impressions.\n\n"
+        << "Records of " << oneLine(tools::utf8FromPath(folder)) << ": "
+        << tools::counted(summary.fingerCount, "finger") << ", "
+        << tools::counted(summary.impressionCount, "impression") << ".\n\n"
         << demoText(summary);
 }
 

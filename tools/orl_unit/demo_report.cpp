@@ -51,7 +51,7 @@ void addStep(TextTable& table, const char* name, const StepCounts& step) {
 std::string tableText(const DemoSummary& summary) {
     using Align = TextTable::Align;
     TextTable table(
-        {Align::Left, Align::Right, Align::Right, Align::Right, Align::Right, Align::Right});
+        {Align::kLeft, Align::kRight, Align::kRight, Align::kRight, Align::kRight, Align::kRight});
     table.addRow({"Step", "Samples", "Accepted", "Rejected", "Comparisons", "Time each"});
     addStep(table, "Enroll", summary.enroll);
     addStep(table, "Verify, genuine", summary.verifyGenuine);

@@ -4,7 +4,7 @@ namespace orl::unit {
 namespace {
 
 StoreStatus noFileStores() {
-    return {StoreFault::CannotOpen,
+    return {StoreFault::kCannotOpen,
             "is a file, and this build keeps stores in memory only (:memory:)"};
 }
 

@@ -39,7 +39,7 @@ StoreStatus eraseFileStore(const StorageContext& context, const std::filesystem:
     store.reset();
     std::error_code failure;
     if (status.ok() && !std::filesystem::remove(path, failure)) {
-        return {StoreFault::WriteFailed, "cannot be removed"};
+        return {StoreFault::kWriteFailed, "cannot be removed"};
     }
     return status;
 }

@@ -57,13 +57,19 @@ std::string subFactorName(std::uint8_t subFactor) {
     return "sub-factor-" + std::to_string(subFactor);
 }
 
-std::string knownFingerNames() {
+std::string enrollableFingerNames() {
     std::string names;
     for (const FingerName& known : kFingerNames) {
-        names += names.empty() ? "" : ", ";
-        names += known.name;
+        if (known.subFactor != WINBIO_SUBTYPE_ANY) {
+            names += names.empty() ? "" : ", ";
+            names += known.name;
+        }
     }
     return names;
+}
+
+std::string knownFingerNames() {
+    return enrollableFingerNames() + ", " + subFactorName(WINBIO_SUBTYPE_ANY);
 }
 
 bool isSingleFinger(std::uint8_t position) {

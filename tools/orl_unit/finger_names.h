@@ -19,7 +19,8 @@ std::optional<std::uint8_t> subFactorFromName(std::string_view name);
 // The name of a sub-factor; one without a name is spelled "sub-factor-N".
 std::string subFactorName(std::uint8_t subFactor);
 
-// All names in one line, for messages.
+// In one line, for messages: the names of what can be enrolled, and all names.
+std::string enrollableFingerNames();
 std::string knownFingerNames();
 
 // True for the ten single fingers of a record's finger position code (1 to 10).

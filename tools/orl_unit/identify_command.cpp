@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "tools/command_line/utf8_path.h"
 #include "tools/orl_unit/finger_names.h"
+#include "tools/orl_unit/path_argument.h"
 #include "tools/orl_unit/progress_bar.h"
 
 namespace orl::unit {
@@ -40,9 +40,9 @@ nlohmann::ordered_json jsonOf(const std::string& record, const IdentifyOutcome& 
 void runIdentify(const UnitOptions& unitOptions,
                  const IdentifyOptions& options,
                  std::ostream& out) {
-    const FingerRecord record = readRecordFile(tools::pathFromUtf8(options.record));
+    const FingerRecord record = readRecordFile(pathArgument(options.record, "record"));
     BiometricUnit unit(modulePath(unitOptions));
-    unit.openStore(unitOptions.store, StoreUse::MustExist, storeAccess(unitOptions));
+    unit.openStore(unitOptions.store, StoreUse::kMustExist, storeAccess(unitOptions));
     const IdentifyOutcome outcome = identifyWithProgress(unit, record);
     if (unitOptions.json) {
         out << jsonOf(options.record, outcome)

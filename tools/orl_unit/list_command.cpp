@@ -13,7 +13,7 @@ namespace {
 
 void listAsTable(BiometricUnit& unit, std::ostream& out) {
     using Align = TextTable::Align;
-    TextTable table({Align::Left, Align::Left, Align::Right, Align::Left});
+    TextTable table({Align::kLeft, Align::kLeft, Align::kRight, Align::kLeft});
     table.addRow({"Name", "Finger", "Template bytes", "Identity"});
     std::size_t recordCount = 0;
     unit.listRecords([&](const ListedRecord& record) {
@@ -40,7 +40,7 @@ void listAsJson(BiometricUnit& unit, std::ostream& out) {
 
 void runList(const UnitOptions& unitOptions, std::ostream& out) {
     BiometricUnit unit(modulePath(unitOptions));
-    unit.openStore(unitOptions.store, StoreUse::MustExist, storeAccess(unitOptions));
+    unit.openStore(unitOptions.store, StoreUse::kMustExist, storeAccess(unitOptions));
     if (unitOptions.json) {
         listAsJson(unit, out);
     } else {

@@ -36,11 +36,11 @@ StoreStatus MemoryStore::addRecord(const RecordView& record) {
     const IdentityValue identity = identityValue(*record.identity).value();
     const Subject subject{identity, record.subFactor};
     if (subjects_.count(subject) != 0) {
-        return {StoreFault::Duplicate, "has this finger of this identity already"};
+        return {StoreFault::kDuplicate, "has this finger of this identity already"};
     }
     auto name = names_.count(identity) == 0 ? reservedNameOf(*record.identity) : std::nullopt;
     if (name && identities_.count(*name) != 0) {
-        return {StoreFault::NameTaken, "has this name for another identity"};
+        return {StoreFault::kNameTaken, "has this name for another identity"};
     }
     StoredRecord stored{*record.identity,
                         record.subFactor,

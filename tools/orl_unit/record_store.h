@@ -21,27 +21,27 @@
 namespace orl::unit {
 
 enum class StoreFault {
-    None,
-    CannotFind,     // no such database
-    CannotOpen,     // not to be opened, or another program's database
-    AlreadyExists,  // a database to be created is there
-    Locked,         // another process holds it for longer than the wait
-    Corrupt,        // damaged content
-    Full,           // no space left
-    ReadOnly,       // a change to a store that may only be read
-    ReadFailed,
-    WriteFailed,
-    Duplicate,  // a record of this identity and sub-factor is there
-    NameTaken,  // another identity has the name
-    OutOfMemory,
+    kNone,
+    kCannotFind,     // no such database
+    kCannotOpen,     // not to be opened, or another program's database
+    kAlreadyExists,  // a database to be created is there
+    kLocked,         // another process holds it for longer than the wait
+    kCorrupt,        // damaged content
+    kFull,           // no space left
+    kReadOnly,       // a change to a store that may only be read
+    kReadFailed,
+    kWriteFailed,
+    kDuplicate,  // a record of this identity and sub-factor is there
+    kNameTaken,  // another identity has the name
+    kOutOfMemory,
 };
 
 // fault, and the reason as the end of a sentence ("the store ...").
 struct StoreStatus {
-    StoreFault fault = StoreFault::None;
+    StoreFault fault = StoreFault::kNone;
     std::string reason;
 
-    [[nodiscard]] bool ok() const { return fault == StoreFault::None; }
+    [[nodiscard]] bool ok() const { return fault == StoreFault::kNone; }
 };
 
 // What a database is made for: the engine's vendor format and the length of its index vectors.

@@ -8,14 +8,14 @@ constexpr int kPrimaryCodeMask = 0xFF;
 StoreStatus otherFault(const SqliteError& error, StoreAccess access) {
     const std::string reason = error.what();
     switch (access) {
-        case StoreAccess::Opening:
-            return {StoreFault::CannotOpen, "cannot be opened: " + reason};
-        case StoreAccess::Reading:
-            return {StoreFault::ReadFailed, "cannot be read: " + reason};
-        case StoreAccess::Writing:
+        case StoreAccess::kOpening:
+            return {StoreFault::kCannotOpen, "cannot be opened: " + reason};
+        case StoreAccess::kReading:
+            return {StoreFault::kReadFailed, "cannot be read: " + reason};
+        case StoreAccess::kWriting:
             break;
     }
-    return {StoreFault::WriteFailed, "cannot be written: " + reason};
+    return {StoreFault::kWriteFailed, "cannot be written: " + reason};
 }
 
 }  // namespace
@@ -24,21 +24,21 @@ StoreStatus statusOf(const SqliteError& error, StoreAccess access) {
     switch (error.code() & kPrimaryCodeMask) {
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
-            return {StoreFault::Locked, "is locked by another process"};
+            return {StoreFault::kLocked, "is locked by another process"};
         case SQLITE_CORRUPT:
-            return {StoreFault::Corrupt, std::string("is corrupt: ") + error.what()};
+            return {StoreFault::kCorrupt, std::string("is corrupt: ") + error.what()};
         case SQLITE_NOTADB:
-            return {StoreFault::Corrupt, "is corrupt or no database at all"};
+            return {StoreFault::kCorrupt, "is corrupt or no database at all"};
         case SQLITE_FULL:
-            return {StoreFault::Full, "cannot grow: no space left"};
+            return {StoreFault::kFull, "cannot grow: no space left"};
         case SQLITE_READONLY:
             if (error.code() == SQLITE_READONLY_ROLLBACK) {
-                return {StoreFault::ReadOnly,
+                return {StoreFault::kReadOnly,
                         "is read-only, but an interrupted change must be undone"};
             }
-            return {StoreFault::ReadOnly, "is read-only"};
+            return {StoreFault::kReadOnly, "is read-only"};
         case SQLITE_NOMEM:
-            return {StoreFault::OutOfMemory, "needs more memory than there is"};
+            return {StoreFault::kOutOfMemory, "needs more memory than there is"};
         default:
             return otherFault(error, access);
     }

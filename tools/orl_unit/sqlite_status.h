@@ -7,7 +7,7 @@
 
 namespace orl::unit {
 
-enum class StoreAccess { Opening, Reading, Writing };
+enum class StoreAccess { kOpening, kReading, kWriting };
 
 // The fault and, as the end of a sentence, the reason of a failure met during an access.
 StoreStatus statusOf(const SqliteError& error, StoreAccess access);

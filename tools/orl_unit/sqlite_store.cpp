@@ -63,7 +63,7 @@ StoreStatus statusOfRunning(StoreAccess access, Operation&& operation) {
     } catch (const SqliteError& error) {
         return statusOf(error, access);
     } catch (const ForeignDatabase& error) {
-        return {StoreFault::CannotOpen, error.what()};
+        return {StoreFault::kCannotOpen, error.what()};
     }
 }
 
@@ -133,16 +133,16 @@ StoreStatus SqliteStore::create(const std::filesystem::path& path,
                                 const StoreFormat& format,
                                 const SqliteStoreOptions& options) {
     if (options.readOnly) {
-        return {StoreFault::ReadOnly, "does not exist and may not be made"};
+        return {StoreFault::kReadOnly, "does not exist and may not be made"};
     }
     if (!createOwnFile(path) && errno != EEXIST) {
-        return {StoreFault::CannotOpen,
+        return {StoreFault::kCannotOpen,
                 "cannot be made: " + std::generic_category().message(errno)};
     }
-    return statusOfRunning(StoreAccess::Opening, [&]() -> StoreStatus {
+    return statusOfRunning(StoreAccess::kOpening, [&]() -> StoreStatus {
         SqliteDatabase database = connect(path, options);
         if (!hasNoSchema(database) || !createSchema(database, format)) {
-            return {StoreFault::AlreadyExists, "exists already"};
+            return {StoreFault::kAlreadyExists, "exists already"};
         }
         return {};
     });
@@ -154,15 +154,15 @@ StoreStatus SqliteStore::open(const std::filesystem::path& path,
     std::error_code failure;
     const auto kind = std::filesystem::status(path, failure).type();
     if (kind == std::filesystem::file_type::not_found) {
-        return {StoreFault::CannotFind, "does not exist"};
+        return {StoreFault::kCannotFind, "does not exist"};
     }
     if (kind == std::filesystem::file_type::directory) {
-        return {StoreFault::CannotOpen, "is a directory"};
+        return {StoreFault::kCannotOpen, "is a directory"};
     }
-    return statusOfRunning(StoreAccess::Opening, [&]() -> StoreStatus {
+    return statusOfRunning(StoreAccess::kOpening, [&]() -> StoreStatus {
         SqliteDatabase database = connect(path, options);
         if (hasNoSchema(database)) {
-            return {StoreFault::CannotFind, "is an empty file"};
+            return {StoreFault::kCannotFind, "is an empty file"};
         }
         checkSchema(database);
         store.reset(new SqliteStore(std::move(database)));
@@ -171,14 +171,14 @@ StoreStatus SqliteStore::open(const std::filesystem::path& path,
 }
 
 StoreStatus SqliteStore::findRecords(const RecordFilter& filter, std::vector<RecordId>& ids) {
-    return statusOfRunning(StoreAccess::Reading, [&]() -> StoreStatus {
+    return statusOfRunning(StoreAccess::kReading, [&]() -> StoreStatus {
         selectRecords(database_, filter, ids);
         return {};
     });
 }
 
 StoreStatus SqliteStore::readRecord(RecordId id, StoredRecord& record, bool& found) {
-    return statusOfRunning(StoreAccess::Reading, [&]() -> StoreStatus {
+    return statusOfRunning(StoreAccess::kReading, [&]() -> StoreStatus {
         SqliteStatement& row = readStatement_;
         const StatementRun run(row);
         found = row.bind(1, id).step();
@@ -235,12 +235,12 @@ std::int64_t SqliteStore::ensureIdentity(const RecordView& record) {
 }
 
 StoreStatus SqliteStore::addRecord(const RecordView& record) {
-    return statusOfRunning(StoreAccess::Writing, [&]() -> StoreStatus {
+    return statusOfRunning(StoreAccess::kWriting, [&]() -> StoreStatus {
         SqliteTransaction transaction(database_);
-        StoreStatus onViolation{StoreFault::NameTaken, "has this name for another identity"};
+        StoreStatus onViolation{StoreFault::kNameTaken, "has this name for another identity"};
         try {
             const std::int64_t identityRow = ensureIdentity(record);
-            onViolation = {StoreFault::Duplicate, "has this finger of this identity already"};
+            onViolation = {StoreFault::kDuplicate, "has this finger of this identity already"};
             SqliteStatement insert(database_,
                                    "INSERT INTO records (identity, sub_factor, index_vector, "
                                    "template, payload, checksum) VALUES (?1, ?2, ?3, ?4, ?5, ?6)");
@@ -263,7 +263,7 @@ StoreStatus SqliteStore::addRecord(const RecordView& record) {
 }
 
 StoreStatus SqliteStore::removeRecords(const RecordFilter& filter, std::size_t& removedCount) {
-    return statusOfRunning(StoreAccess::Writing, [&]() -> StoreStatus {
+    return statusOfRunning(StoreAccess::kWriting, [&]() -> StoreStatus {
         SqliteTransaction transaction(database_);
         std::vector<RecordId> ids;
         selectRecords(database_, filter, ids);
@@ -283,7 +283,7 @@ StoreStatus SqliteStore::removeRecords(const RecordFilter& filter, std::size_t& 
 
 StoreStatus SqliteStore::findIdentity(std::string_view name,
                                       std::optional<WINBIO_IDENTITY>& identity) {
-    return statusOfRunning(StoreAccess::Reading, [&]() -> StoreStatus {
+    return statusOfRunning(StoreAccess::kReading, [&]() -> StoreStatus {
         identity.reset();
         SqliteStatement find(database_,
                              "SELECT type, value, checksum FROM identities WHERE name = ?1");
@@ -300,7 +300,7 @@ StoreStatus SqliteStore::findIdentity(std::string_view name,
 
 StoreStatus SqliteStore::findName(const WINBIO_IDENTITY& identity,
                                   std::optional<std::string>& name) {
-    return statusOfRunning(StoreAccess::Reading, [&]() -> StoreStatus {
+    return statusOfRunning(StoreAccess::kReading, [&]() -> StoreStatus {
         name.reset();
         const auto value = identityValue(identity);
         SqliteStatement find(database_,

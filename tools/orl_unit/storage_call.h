@@ -38,10 +38,10 @@ HRESULT withContext(PWINBIO_PIPELINE pipeline, Body&& body) noexcept {
     try {
         return body(*context);
     } catch (const std::bad_alloc&) {
-        context->lastFault.fault = StoreFault::OutOfMemory;
+        context->lastFault.fault = StoreFault::kOutOfMemory;
         return E_OUTOFMEMORY;
     } catch (const std::exception&) {
-        context->lastFault.fault = StoreFault::ReadFailed;
+        context->lastFault.fault = StoreFault::kReadFailed;
         return E_FAIL;
     }
 }

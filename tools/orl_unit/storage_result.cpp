@@ -4,29 +4,29 @@ namespace orl::unit {
 
 HRESULT storageResult(StoreFault fault) {
     switch (fault) {
-        case StoreFault::None:
+        case StoreFault::kNone:
             return S_OK;
-        case StoreFault::CannotFind:
+        case StoreFault::kCannotFind:
             return WINBIO_E_DATABASE_CANT_FIND;
-        case StoreFault::CannotOpen:
+        case StoreFault::kCannotOpen:
             return WINBIO_E_DATABASE_CANT_OPEN;
-        case StoreFault::AlreadyExists:
+        case StoreFault::kAlreadyExists:
             return WINBIO_E_DATABASE_ALREADY_EXISTS;
-        case StoreFault::Locked:
+        case StoreFault::kLocked:
             return WINBIO_E_DATABASE_LOCKED;
-        case StoreFault::Corrupt:
+        case StoreFault::kCorrupt:
             return WINBIO_E_DATABASE_CORRUPTED;
-        case StoreFault::Full:
+        case StoreFault::kFull:
             return WINBIO_E_DATABASE_FULL;
-        case StoreFault::ReadFailed:
+        case StoreFault::kReadFailed:
             return WINBIO_E_DATABASE_READ_ERROR;
-        case StoreFault::ReadOnly:
-        case StoreFault::WriteFailed:
-        case StoreFault::NameTaken:
+        case StoreFault::kReadOnly:
+        case StoreFault::kWriteFailed:
+        case StoreFault::kNameTaken:
             return WINBIO_E_DATABASE_WRITE_ERROR;
-        case StoreFault::Duplicate:
+        case StoreFault::kDuplicate:
             return WINBIO_E_DUPLICATE_ENROLLMENT;
-        case StoreFault::OutOfMemory:
+        case StoreFault::kOutOfMemory:
             return E_OUTOFMEMORY;
     }
     return E_FAIL;

@@ -20,7 +20,7 @@ StoreStatus createStore(StorageContext& context,
         return createFileStore(context, path, format);
     }
     if (context.memoryStore) {
-        return {StoreFault::AlreadyExists, "exists already"};
+        return {StoreFault::kAlreadyExists, "exists already"};
     }
     context.memoryStore = std::make_shared<MemoryStore>(format);
     return {};
@@ -30,7 +30,7 @@ StoreStatus openStore(StorageContext& context, const std::filesystem::path& path
     if (isMemory(path)) {
         context.store = context.memoryStore;
         return context.store ? StoreStatus{}
-                             : StoreStatus{StoreFault::CannotFind, "does not exist"};
+                             : StoreStatus{StoreFault::kCannotFind, "does not exist"};
     }
     std::unique_ptr<RecordStore> store;
     StoreStatus status = openFileStore(context, path, store);
@@ -44,7 +44,7 @@ StoreStatus eraseStore(StorageContext& context, const std::filesystem::path& pat
     }
     const bool existed = context.memoryStore != nullptr;
     context.memoryStore.reset();
-    return existed ? StoreStatus{} : StoreStatus{StoreFault::CannotFind, "does not exist"};
+    return existed ? StoreStatus{} : StoreStatus{StoreFault::kCannotFind, "does not exist"};
 }
 
 }  // namespace orl::unit

@@ -20,7 +20,7 @@ std::size_t codePointCount(const std::string& text) {
 
 std::string padded(const std::string& cell, std::size_t width, TextTable::Align align) {
     const std::string spaces(width - codePointCount(cell), ' ');
-    return align == TextTable::Align::Right ? spaces + cell : cell + spaces;
+    return align == TextTable::Align::kRight ? spaces + cell : cell + spaces;
 }
 
 }  // namespace

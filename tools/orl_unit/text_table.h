@@ -10,7 +10,7 @@ namespace orl::unit {
 
 class TextTable {
   public:
-    enum class Align { Left, Right };
+    enum class Align { kLeft, kRight };
 
     explicit TextTable(std::vector<Align> columns) : columns_(std::move(columns)) {}
 

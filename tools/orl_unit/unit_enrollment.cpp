@@ -55,7 +55,7 @@ EnrollOutcome BiometricUnit::checkForDuplicate() {
 void BiometricUnit::commitEnrollment(WINBIO_IDENTITY identity, const Subject& subject) {
     HRESULT committed =
         engine().CommitEnrollment(&pipeline_, &identity, subject.subFactor, nullptr, 0);
-    if (FAILED(committed) && storage().lastFault.fault == StoreFault::NameTaken) {
+    if (FAILED(committed) && storage().lastFault.fault == StoreFault::kNameTaken) {
         // Another process has just given the name to an identity: the finger becomes that one's.
         // The engine has kept the enrollment.
         forgetFault();
@@ -85,7 +85,7 @@ EnrollOutcome BiometricUnit::enroll(const FingerRecord& record,
         throw CommandError("the engine asks for more samples than the one given");
     }
     EnrollOutcome outcome = checkForDuplicate();
-    if (!outcome.duplicateOf || rule == DuplicateRule::Allow) {
+    if (!outcome.duplicateOf || rule == DuplicateRule::kAllow) {
         commitEnrollment(identity, subject);
         outcome.stored = true;
     }

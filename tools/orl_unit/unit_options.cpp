@@ -1,8 +1,8 @@
 #include "tools/orl_unit/unit_options.h"
 
-#include "tools/command_line/utf8_path.h"
 #include "tools/orl_unit/file_store.h"
 #include "tools/orl_unit/loaded_module.h"
+#include "tools/orl_unit/path_argument.h"
 #include "tools/orl_unit/storage_adapter.h"
 
 namespace orl::unit {
@@ -12,7 +12,7 @@ std::string defaultStore() {
 }
 
 std::filesystem::path modulePath(const UnitOptions& options) {
-    return options.module.empty() ? defaultModulePath() : tools::pathFromUtf8(options.module);
+    return options.module.empty() ? defaultModulePath() : pathArgument(options.module, "module");
 }
 
 StoreAccessOptions storeAccess(const UnitOptions& options) {

@@ -4,17 +4,17 @@
 
 #include <nlohmann/json.hpp>
 
-#include "tools/command_line/utf8_path.h"
 #include "tools/orl_unit/finger_argument.h"
 #include "tools/orl_unit/finger_names.h"
+#include "tools/orl_unit/path_argument.h"
 
 namespace orl::unit {
 
 void runVerify(const UnitOptions& unitOptions, const VerifyOptions& options, std::ostream& out) {
     const Subject subject{options.name, fingerArgument(options.finger)};
-    const FingerRecord record = readRecordFile(tools::pathFromUtf8(options.record));
+    const FingerRecord record = readRecordFile(pathArgument(options.record, "record"));
     BiometricUnit unit(modulePath(unitOptions));
-    unit.openStore(unitOptions.store, StoreUse::MustExist, storeAccess(unitOptions));
+    unit.openStore(unitOptions.store, StoreUse::kMustExist, storeAccess(unitOptions));
     const VerifyOutcome outcome = unit.verify(record, subject);
     if (unitOptions.json) {
         const nlohmann::ordered_json line = {{"name", subject.name},

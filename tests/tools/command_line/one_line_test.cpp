@@ -10,5 +10,11 @@ TEST(OneLine, ReplacesControlCharactersOnly) {
     EXPECT_EQ(inQuotes("a\tb"), "'a?b'");
 }
 
+TEST(Counted, IsPluralForAllButOne) {
+    EXPECT_EQ(counted(0, "record"), "0 records");
+    EXPECT_EQ(counted(1, "record"), "1 record");
+    EXPECT_EQ(counted(2, "record"), "2 records");
+}
+
 }  // namespace
 }  // namespace orl::tools

@@ -13,8 +13,8 @@ namespace {
 
 using nlohmann::ordered_json;
 using testing::HasSubstr;
-using testing::StartsWith;
 using testing::Not;
+using testing::StartsWith;
 
 constexpr char kSameFinger[] = "samples/101_2.fmr";
 constexpr char kOtherFinger[] = "samples/102_1.fmr";

@@ -38,6 +38,7 @@ TEST(OrlUnit, WrongUsageEndsWithTwo) {
     const std::vector<std::vector<std::string>> wrong = {
         {},
         {"conquer"},
+        {"conquer", "alice"},
         {"verify"},
         {"verify", "alice", "right-index"},
         {"enroll", "alice", "right-index"},
@@ -48,16 +49,70 @@ TEST(OrlUnit, WrongUsageEndsWithTwo) {
         {"delete"},
         {"delete", "alice", "--all"},
         {"demo", "--impostors", "many"},
+        {"demo", "--impostors", ""},
+        {"demo", "--impostors", "-1"},
+        {"demo", "--impostors", "18446744073709551616"},
+        {"demo", "--data", ""},
         {"list", "--store", ""},
         {"list", "--wait", "-1"},
+        {"list", "--wait", "nan"},
+        {"list", "--wait", ""},
+        {"list", "--wait", "86401"},
+        {"list", "--wait", "1 s"},
         {"list", "--unknown"},
     };
     for (const auto& arguments : wrong) {
         const ProgramOutcome outcome = RunOrlUnit(arguments);
         EXPECT_EQ(outcome.exitStatus, 2) << testing::PrintToString(arguments);
-        EXPECT_NE(outcome.err, "") << testing::PrintToString(arguments);
+        EXPECT_EQ(outcome.err.find("orl-unit: "), 0U) << outcome.err;
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
         EXPECT_EQ(outcome.out, "") << testing::PrintToString(arguments);
     }
+}
+
+TEST(OrlUnit, NamesACommandThatItDoesNotKnow) {
+    EXPECT_NE(RunOrlUnit({"conquer"}).err.find("conquer"), std::string::npos);
+}
+
+TEST(OrlUnit, WaitsForAnyNumberOfSecondsUpToADay) {
+    for (const char* seconds : {"0", "0.25", "86400"}) {
+        EXPECT_EQ(RunOrlUnit({"list", "--store", ":memory:", "--wait", seconds}).err.find("--wait"),
+                  std::string::npos);
+    }
+}
+
+#ifndef _WIN32
+TEST(OrlUnit, EndsWithStatus1WhenWhatWasAskedCannotBeWritten) {
+    for (const char* arguments : {"--help", "--version"}) {
+        const ProgramOutcome outcome = RunProgram(
+            "/bin/sh", {"-c", std::string(ORL_UNIT_PROGRAM " ") + arguments + " >/dev/full"});
+        expectOneComplaint(outcome, "standard output could not be written");
+    }
+}
+
+TEST(OrlUnit, StopsEnrollingAListWhenNoEnrollmentCanBeTold) {
+    const ProgramOutcome outcome =
+        RunProgram("/bin/sh",
+                   {"-c",
+                    ORL_UNIT_PROGRAM " --store :memory: enroll --allow-duplicate --list - "
+                                     ">/dev/full"},
+                   "alice\tright-index\tsamples/101_1.fmr\nbob\tright-index\tsamples/102_1.fmr\n");
+    expectOneComplaint(outcome, "standard output could not be written");
+}
+
+TEST(OrlUnit, AListThatCannotBeReadIsNoEmptyOne) {
+    for (const char* input : {"<.", "<&-"}) {
+        const ProgramOutcome outcome = RunProgram(
+            "/bin/sh",
+            {"-c", std::string(ORL_UNIT_PROGRAM " --store :memory: enroll --list - ") + input});
+        expectOneComplaint(outcome, "list 'standard input': ");
+    }
+}
+#endif
+
+TEST(OrlUnit, AListThatIsAFolderIsTold) {
+    expectOneComplaint(RunOrlUnit({"--store", ":memory:", "enroll", "--list", "samples"}),
+                       "list 'samples': is a directory");
 }
 
 TEST(OrlUnit, TheDemonstrationCountsEveryOutcome) {
@@ -146,7 +201,13 @@ TEST(OrlUnit, ABadRecordIsTold) {
 TEST(OrlUnit, AWrongFingerOrNameIsTold) {
     const std::string record = SampleRecord("101_1");
     expectOneComplaint(RunOrlUnit({"--store", ":memory:", "enroll", "alice", "pinky", record}),
-                       "unknown finger 'pinky'");
+                       "unknown finger 'pinky'; known are right-thumb, ");
+    EXPECT_EQ(
+        RunOrlUnit({"--store", ":memory:", "enroll", "alice", "pinky", record}).err.find(", any\n"),
+        std::string::npos);
+    EXPECT_NE(
+        RunOrlUnit({"--store", ":memory:", "verify", "alice", "pinky", record}).err.find(", any\n"),
+        std::string::npos);
     expectOneComplaint(RunOrlUnit({"--store", ":memory:", "enroll", "alice", "any", record}),
                        "enrolled under its own name");
     expectOneComplaint(RunOrlUnit({"--store", ":memory:", "enroll", "a\nb", "left-thumb", record}),
@@ -162,6 +223,7 @@ TEST(OrlUnit, EnrollsIntoMemoryForAsLongAsItRuns) {
 
 TEST(OrlUnit, AListIsEnrolledLineByLine) {
     const std::string list = "alice\tright-index\t" + SampleRecord("101_1") +
+                             "\n"
                              "\n"
                              "no tabs here\n"
                              "bob\tright-index\tmissing.fmr\n"
@@ -179,15 +241,25 @@ TEST(OrlUnit, AListIsEnrolledLineByLine) {
     EXPECT_EQ(outcome.out, "enrolled alice right-index\nenrolled carol left-thumb\n");
     EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 4) << outcome.err;
     EXPECT_EQ(firstLine(outcome.err),
-              "orl-unit: line 2 of the list is not NAME<TAB>FINGER<TAB>RECORD");
+              "orl-unit: line 3 of the list is not NAME<TAB>FINGER<TAB>RECORD");
 }
 
 TEST(OrlUnit, AMissingListIsTold) {
     expectOneComplaint(RunOrlUnit({"--store", ":memory:", "enroll", "--list", "missing.tsv"}),
-                       "list 'missing.tsv' cannot be opened");
+                       "list 'missing.tsv': No such file or directory");
 }
 
 #ifdef _WIN32
+TEST(OrlUnit, AListGoesOnAfterANameThatIsNotUtf8) {
+    const std::string list =
+        "alice\tright-index\t\xFF.fmr\nbob\tleft-thumb\t" + SampleRecord("103_1") + "\n";
+    const ProgramOutcome outcome =
+        RunOrlUnit({"--store", ":memory:", "enroll", "--list", "-"}, list);
+    EXPECT_EQ(outcome.exitStatus, 1);
+    EXPECT_EQ(outcome.out, "enrolled bob left-thumb\n");
+    EXPECT_NE(outcome.err.find("has a name that is not UTF-8"), std::string::npos) << outcome.err;
+}
+
 TEST(OrlUnit, AStoreInAFileIsToldToBeUnavailable) {
     expectOneComplaint(RunOrlUnit({"--store", "store.db", "list"}), "in memory only");
 }

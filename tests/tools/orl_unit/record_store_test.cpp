@@ -59,7 +59,7 @@ TYPED_TEST(NamesInStore, ANameOfAnotherIdentityIsTakenAndNothingIsStored) {
     ASSERT_EQ(this->unit_.add(guidIdentity(1), kThumb, {1}), S_OK);
     this->store().reserveName(guidIdentity(2), "alice");
     EXPECT_EQ(this->unit_.add(guidIdentity(2), kThumb, {2}), WINBIO_E_DATABASE_WRITE_ERROR);
-    EXPECT_EQ(this->unit_.context().lastFault.fault, StoreFault::NameTaken);
+    EXPECT_EQ(this->unit_.context().lastFault.fault, StoreFault::kNameTaken);
     EXPECT_EQ(this->unit_.queryBySubject(guidIdentity(2), kThumb), WINBIO_E_DATABASE_NO_RESULTS);
     EXPECT_TRUE(sameIdentity(*this->identityNamed("alice"), guidIdentity(1)));
 }

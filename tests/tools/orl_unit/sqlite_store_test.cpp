@@ -104,43 +104,43 @@ TEST_F(SqliteStoreTest, KeepsItsFormat) {
 }
 
 TEST_F(SqliteStoreTest, AMissingFileCannotBeFound) {
-    EXPECT_EQ(openStatus().fault, StoreFault::CannotFind);
+    EXPECT_EQ(openStatus().fault, StoreFault::kCannotFind);
     EXPECT_FALSE(std::filesystem::exists(path_)) << "opening must not make a file";
 }
 
 TEST_F(SqliteStoreTest, AnEmptyFileIsNoStoreYetAndBecomesOne) {
     writeFile({});
-    EXPECT_EQ(openStatus().fault, StoreFault::CannotFind);
+    EXPECT_EQ(openStatus().fault, StoreFault::kCannotFind);
     EXPECT_TRUE(SqliteStore::create(path_, {}, kNoWait).ok());
     EXPECT_EQ(countOf(*opened()), 0U);
 }
 
 TEST_F(SqliteStoreTest, ADirectoryCannotBeOpened) {
     path_ = std::filesystem::path(path_).parent_path().string();
-    EXPECT_EQ(openStatus().fault, StoreFault::CannotOpen);
-    EXPECT_EQ(SqliteStore::create(path_, {}, kNoWait).fault, StoreFault::CannotOpen);
+    EXPECT_EQ(openStatus().fault, StoreFault::kCannotOpen);
+    EXPECT_EQ(SqliteStore::create(path_, {}, kNoWait).fault, StoreFault::kCannotOpen);
 }
 
 TEST_F(SqliteStoreTest, AFileInAMissingFolderCannotBeMade) {
     path_ = folder_.PathOf("missing") + "/store.db";
     const StoreStatus status = SqliteStore::create(path_, {}, kNoWait);
-    EXPECT_EQ(status.fault, StoreFault::CannotOpen);
+    EXPECT_EQ(status.fault, StoreFault::kCannotOpen);
     EXPECT_EQ(status.reason, "cannot be made: No such file or directory");
 }
 
 TEST_F(SqliteStoreTest, AnotherProgramsDatabaseIsRefused) {
     runSql("CREATE TABLE t (x); INSERT INTO t VALUES (1)");
     const StoreStatus status = openStatus();
-    EXPECT_EQ(status.fault, StoreFault::CannotOpen);
+    EXPECT_EQ(status.fault, StoreFault::kCannotOpen);
     EXPECT_EQ(status.reason, "is a database of another program");
-    EXPECT_EQ(SqliteStore::create(path_, {}, kNoWait).fault, StoreFault::AlreadyExists);
+    EXPECT_EQ(SqliteStore::create(path_, {}, kNoWait).fault, StoreFault::kAlreadyExists);
 }
 
 TEST_F(SqliteStoreTest, ALaterLayoutIsRefused) {
     created();
     runSql("PRAGMA user_version = 2");
     const StoreStatus status = openStatus();
-    EXPECT_EQ(status.fault, StoreFault::CannotOpen);
+    EXPECT_EQ(status.fault, StoreFault::kCannotOpen);
     EXPECT_EQ(status.reason, "has layout version 2, this program reads version 1");
 }
 
@@ -158,7 +158,7 @@ TEST_F(SqliteStoreTest, ChangedTablesAreDamage) {
                                "DELETE FROM identities"}) {
         writeFile(sound);
         runSql(change);
-        EXPECT_EQ(openStatus().fault, StoreFault::Corrupt) << change;
+        EXPECT_EQ(openStatus().fault, StoreFault::kCorrupt) << change;
     }
 }
 
@@ -180,7 +180,7 @@ TEST_F(SqliteStoreTest, AChangedValueInARecordIsDamage) {
         StoredRecord record;
         bool found = false;
         EXPECT_TRUE(store->readRecord(1, record, found).ok()) << change;
-        EXPECT_EQ(store->readRecord(2, record, found).fault, StoreFault::Corrupt) << change;
+        EXPECT_EQ(store->readRecord(2, record, found).fault, StoreFault::kCorrupt) << change;
     }
 }
 
@@ -190,8 +190,8 @@ TEST_F(SqliteStoreTest, AChangedNameIsDamage) {
     const auto store = opened();
     std::optional<WINBIO_IDENTITY> identity;
     std::optional<std::string> name;
-    EXPECT_EQ(store->findIdentity("mallory", identity).fault, StoreFault::Corrupt);
-    EXPECT_EQ(store->findName(guidIdentity(0), name).fault, StoreFault::Corrupt);
+    EXPECT_EQ(store->findIdentity("mallory", identity).fault, StoreFault::kCorrupt);
+    EXPECT_EQ(store->findName(guidIdentity(0), name).fault, StoreFault::kCorrupt);
 }
 
 TEST_F(SqliteStoreTest, RandomFilesAreCorrupt) {
@@ -204,8 +204,8 @@ TEST_F(SqliteStoreTest, RandomFilesAreCorrupt) {
         std::generate(
             bytes.begin(), bytes.end(), [&random] { return static_cast<std::uint8_t>(random()); });
         writeFile(bytes);
-        EXPECT_EQ(openStatus().fault, StoreFault::Corrupt) << size << " bytes";
-        EXPECT_EQ(SqliteStore::create(path_, {}, kNoWait).fault, StoreFault::Corrupt) << size;
+        EXPECT_EQ(openStatus().fault, StoreFault::kCorrupt) << size << " bytes";
+        EXPECT_EQ(SqliteStore::create(path_, {}, kNoWait).fault, StoreFault::kCorrupt) << size;
     }
 }
 
@@ -269,11 +269,11 @@ TEST_F(SqliteStoreTest, AStoreInUseByAWriterIsLocked) {
     bool found = false;
     std::vector<RecordId> ids;
     std::size_t removedCount = 0;
-    EXPECT_EQ(add(*store, 5, {1}).fault, StoreFault::Locked);
-    EXPECT_EQ(store->removeRecords({}, removedCount).fault, StoreFault::Locked);
-    EXPECT_EQ(store->findRecords({}, ids).fault, StoreFault::Locked);
-    EXPECT_EQ(store->readRecord(1, record, found).fault, StoreFault::Locked);
-    EXPECT_EQ(openStatus().fault, StoreFault::Locked);
+    EXPECT_EQ(add(*store, 5, {1}).fault, StoreFault::kLocked);
+    EXPECT_EQ(store->removeRecords({}, removedCount).fault, StoreFault::kLocked);
+    EXPECT_EQ(store->findRecords({}, ids).fault, StoreFault::kLocked);
+    EXPECT_EQ(store->readRecord(1, record, found).fault, StoreFault::kLocked);
+    EXPECT_EQ(openStatus().fault, StoreFault::kLocked);
     EXPECT_EQ(openStatus().reason, "is locked by another process");
     sqlite3_close(other);
     EXPECT_TRUE(add(*store, 5, {1}).ok());
@@ -286,7 +286,7 @@ TEST_F(SqliteStoreTest, TwoConnectionsSeeEachOthersRecords) {
     ASSERT_TRUE(add(*second, 2, {2}).ok());
     EXPECT_EQ(countOf(*first), 2U);
     EXPECT_EQ(countOf(*second), 2U);
-    EXPECT_EQ(add(*second, 1, {1}).fault, StoreFault::Duplicate);
+    EXPECT_EQ(add(*second, 1, {1}).fault, StoreFault::kDuplicate);
 }
 
 TEST_F(SqliteStoreTest, ANameTakenByAnotherConnectionIsReported) {
@@ -298,7 +298,7 @@ TEST_F(SqliteStoreTest, ANameTakenByAnotherConnectionIsReported) {
     first->reserveName(mine, "alice");
     second->reserveName(theirs, "alice");
     ASSERT_TRUE(second->addRecord({&theirs, kThumb, {}, blob, {}}).ok());
-    EXPECT_EQ(first->addRecord({&mine, kThumb, {}, blob, {}}).fault, StoreFault::NameTaken);
+    EXPECT_EQ(first->addRecord({&mine, kThumb, {}, blob, {}}).fault, StoreFault::kNameTaken);
 }
 
 TEST_F(SqliteStoreTest, AReadOnlyStoreReadsAndRefusesChanges) {
@@ -306,14 +306,14 @@ TEST_F(SqliteStoreTest, AReadOnlyStoreReadsAndRefusesChanges) {
     const auto store = opened({true, std::chrono::milliseconds(0)});
     std::size_t removedCount = 0;
     EXPECT_EQ(countOf(*store), 2U);
-    EXPECT_EQ(add(*store, 9, {1}).fault, StoreFault::ReadOnly);
-    EXPECT_EQ(store->removeRecords({}, removedCount).fault, StoreFault::ReadOnly);
+    EXPECT_EQ(add(*store, 9, {1}).fault, StoreFault::kReadOnly);
+    EXPECT_EQ(store->removeRecords({}, removedCount).fault, StoreFault::kReadOnly);
     EXPECT_EQ(countOf(*store), 2U);
 }
 
 TEST_F(SqliteStoreTest, AReadOnlyStoreIsNotMade) {
     const SqliteStoreOptions readOnly{true, std::chrono::milliseconds(0)};
-    EXPECT_EQ(SqliteStore::create(path_, {}, readOnly).fault, StoreFault::ReadOnly);
+    EXPECT_EQ(SqliteStore::create(path_, {}, readOnly).fault, StoreFault::kReadOnly);
     EXPECT_FALSE(std::filesystem::exists(path_));
 }
 
@@ -356,8 +356,8 @@ TEST_P(FailingDisk, LeavesARecordWholeOrNotAtAll) {
             reported = status.ok();
             anyFailed = vfs.failed();
             if (!reported) {
-                EXPECT_TRUE(status.fault == StoreFault::Full ||
-                            status.fault == StoreFault::WriteFailed)
+                EXPECT_TRUE(status.fault == StoreFault::kFull ||
+                            status.fault == StoreFault::kWriteFailed)
                     << status.reason;
             }
         }
@@ -386,7 +386,7 @@ TEST_F(SqliteStoreTest, AFullDiskIsTold) {
     const FaultyVfs vfs(0, SQLITE_FULL);
     const auto store = opened();
     const StoreStatus status = add(*store, 7, Bytes(50000, 1));
-    EXPECT_EQ(status.fault, StoreFault::Full);
+    EXPECT_EQ(status.fault, StoreFault::kFull);
     EXPECT_EQ(status.reason, "cannot grow: no space left");
     EXPECT_EQ(countOf(*store), 1U);
 }
@@ -403,7 +403,7 @@ TEST_F(SqliteStoreTest, ACreationThatFailsAnywhereCanBeRepeated) {
             anyFailed = vfs.failed();
         }
         const StoreFault again = SqliteStore::create(path_, {}, kNoWait).fault;
-        EXPECT_TRUE(again == StoreFault::None || again == StoreFault::AlreadyExists) << n;
+        EXPECT_TRUE(again == StoreFault::kNone || again == StoreFault::kAlreadyExists) << n;
         EXPECT_EQ(countOf(*opened()), 0U) << n;
     }
 }

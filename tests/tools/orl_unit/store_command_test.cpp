@@ -124,6 +124,22 @@ TEST_F(UnitOnFile, AMissingStoreIsToldAndNotMade) {
     EXPECT_FALSE(std::filesystem::exists(store_));
 }
 
+TEST_F(UnitOnFile, WhatCannotBeEnrolledLeavesNoNewStoreBehind) {
+    for (const auto& arguments :
+         {std::vector<std::string>{"enroll", "alice", "right-index", "missing.fmr"},
+          {"enroll", "alice", "pinky", SampleRecord("101_1")},
+          {"enroll", "", "right-index", SampleRecord("101_1")},
+          {"enroll", "--list", "missing.tsv"}}) {
+        EXPECT_EQ(run(arguments).exitStatus, 1) << testing::PrintToString(arguments);
+        EXPECT_FALSE(std::filesystem::exists(store_)) << testing::PrintToString(arguments);
+    }
+}
+
+TEST_F(UnitOnFile, AStoreNameThatIsNotUtf8IsTold) {
+    EXPECT_EQ(RunOrlUnit({"list", "--store", "\xFF.db"}).err,
+              "orl-unit: store '\xFF.db' has a name that is not UTF-8\n");
+}
+
 TEST_F(UnitOnFile, FilesThatAreNoStoreAreTold) {
     folder_.Write("store.db", std::vector<std::uint8_t>(5000, 'x'));
     for (const auto& arguments : {std::vector<std::string>{"list"},

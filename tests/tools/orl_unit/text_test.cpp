@@ -18,7 +18,7 @@ namespace {
 
 TEST(TextTable, PadsColumnsAndTrimsLineEnds) {
     using Align = TextTable::Align;
-    TextTable table({Align::Left, Align::Right, Align::Left});
+    TextTable table({Align::kLeft, Align::kRight, Align::kLeft});
     table.addRow({"Name", "N", "Last"});
     table.addRow({"a", "1000", ""});
     table.addRow({"\xC3\xA4\xC3\xA4", "5", "x"});  // two letters in four bytes

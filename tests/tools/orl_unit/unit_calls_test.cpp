@@ -34,7 +34,7 @@ class UnitCalls : public testing::Test {
 
     BiometricUnit& attach() {
         unit_.emplace(tools::pathFromUtf8(ORL_FAKE_ENGINE_MODULE));
-        unit_->openStore(":memory:", StoreUse::CreateIfMissing, {});
+        unit_->openStore(":memory:", StoreUse::kCreateIfMissing, {});
         engine_->calls[0] = 0;
         return *unit_;
     }
@@ -80,7 +80,7 @@ TEST_F(UnitCalls, AnEngineThatCannotAttachIsNotDetached) {
 
 TEST_F(UnitCalls, AnEnrollmentClearsCreatesCapturesChecksCommitsDiscardsAndClears) {
     BiometricUnit& unit = attach();
-    EXPECT_TRUE(unit.enroll(record_, alice_, DuplicateRule::Refuse).stored);
+    EXPECT_TRUE(unit.enroll(record_, alice_, DuplicateRule::kRefuse).stored);
     EXPECT_EQ(calls(),
               "ClearContext CreateEnrollment AcceptSampleData UpdateEnrollment CheckForDuplicate "
               "CommitEnrollment DiscardEnrollment ClearContext ");
@@ -88,7 +88,7 @@ TEST_F(UnitCalls, AnEnrollmentClearsCreatesCapturesChecksCommitsDiscardsAndClear
 }
 
 TEST_F(UnitCalls, TheSampleIsTheWrappedRecord) {
-    attach().enroll(record_, alice_, DuplicateRule::Refuse);
+    attach().enroll(record_, alice_, DuplicateRule::kRefuse);
     const SecretBytes expected = wrapRecord(
         record_.bytes,
         {WINBIO_ANSI_381_POS_RH_INDEX_FINGER, WINBIO_PURPOSE_ENROLL, 40, {0x001B, 0x0401}});
@@ -98,13 +98,13 @@ TEST_F(UnitCalls, TheSampleIsTheWrappedRecord) {
 
 TEST_F(UnitCalls, ADuplicateIsDiscardedAndNamed) {
     BiometricUnit& unit = attach();
-    unit.enroll(record_, alice_, DuplicateRule::Refuse);
+    unit.enroll(record_, alice_, DuplicateRule::kRefuse);
     unit.listRecords(
         [this](const ListedRecord& record) { engine_->foundIdentity = *record.identity; });
     engine_->duplicate = TRUE;
     calls();
     const EnrollOutcome outcome =
-        unit.enroll(record_, {"bob", WINBIO_ANSI_381_POS_RH_INDEX_FINGER}, DuplicateRule::Refuse);
+        unit.enroll(record_, {"bob", WINBIO_ANSI_381_POS_RH_INDEX_FINGER}, DuplicateRule::kRefuse);
     EXPECT_FALSE(outcome.stored);
     ASSERT_TRUE(outcome.duplicateOf.has_value());
     EXPECT_EQ(outcome.duplicateOf->name, "alice");
@@ -117,14 +117,14 @@ TEST_F(UnitCalls, ADuplicateIsDiscardedAndNamed) {
 TEST_F(UnitCalls, ADuplicateIsStoredWhenAllowed) {
     BiometricUnit& unit = attach();
     engine_->duplicate = TRUE;
-    EXPECT_TRUE(unit.enroll(record_, alice_, DuplicateRule::Allow).stored);
+    EXPECT_TRUE(unit.enroll(record_, alice_, DuplicateRule::kAllow).stored);
 }
 
 TEST_F(UnitCalls, AFingerEnrolledAlreadyIsRefusedBeforeTheEngineIsAsked) {
     BiometricUnit& unit = attach();
-    unit.enroll(record_, alice_, DuplicateRule::Refuse);
+    unit.enroll(record_, alice_, DuplicateRule::kRefuse);
     calls();
-    EXPECT_EQ(refusal([&] { unit.enroll(record_, alice_, DuplicateRule::Allow); }),
+    EXPECT_EQ(refusal([&] { unit.enroll(record_, alice_, DuplicateRule::kAllow); }),
               "'alice' has right-index enrolled already");
     EXPECT_EQ(calls(), "");
 }
@@ -157,7 +157,7 @@ TEST_F(UnitCalls, EveryFailedEnrollmentIsDiscardedAndCleared) {
     for (const Case& each : cases) {
         engine_->*each.step = each.result;
         calls();
-        EXPECT_EQ(refusal([&] { unit.enroll(record_, alice_, DuplicateRule::Refuse); }),
+        EXPECT_EQ(refusal([&] { unit.enroll(record_, alice_, DuplicateRule::kRefuse); }),
                   each.reason);
         const std::string order = calls();
         const std::string end = "DiscardEnrollment ClearContext ";
@@ -165,12 +165,12 @@ TEST_F(UnitCalls, EveryFailedEnrollmentIsDiscardedAndCleared) {
         EXPECT_EQ(order.substr(order.size() - end.size()), end) << each.reason;
         engine_->*each.step = S_OK;
     }
-    EXPECT_TRUE(unit.enroll(record_, alice_, DuplicateRule::Refuse).stored);
+    EXPECT_TRUE(unit.enroll(record_, alice_, DuplicateRule::kRefuse).stored);
 }
 
 TEST_F(UnitCalls, AVerificationClearsCapturesVerifiesAndClears) {
     BiometricUnit& unit = attach();
-    unit.enroll(record_, alice_, DuplicateRule::Refuse);
+    unit.enroll(record_, alice_, DuplicateRule::kRefuse);
     calls();
     EXPECT_FALSE(unit.verify(record_, alice_).match);
     EXPECT_EQ(calls(), "ClearContext AcceptSampleData VerifyFeatureSet ClearContext ");
@@ -188,7 +188,7 @@ TEST_F(UnitCalls, AnUnknownNameIsNotVerified) {
 
 TEST_F(UnitCalls, AVerificationsFailureIsTold) {
     BiometricUnit& unit = attach();
-    unit.enroll(record_, alice_, DuplicateRule::Refuse);
+    unit.enroll(record_, alice_, DuplicateRule::kRefuse);
     engine_->verifyResult = WINBIO_E_DATABASE_NO_RESULTS;
     EXPECT_EQ(refusal([&] {
                   unit.verify(record_, {"alice", 7});
@@ -227,9 +227,9 @@ TEST_F(UnitCalls, ARawCaptureExportsTheSample) {
 
 TEST_F(UnitCalls, ListingAndDeletingLeaveTheEngineAlone) {
     BiometricUnit& unit = attach();
-    unit.enroll(record_, alice_, DuplicateRule::Refuse);
-    unit.enroll(record_, {"alice", 7}, DuplicateRule::Refuse);
-    unit.enroll(record_, {"bob", 7}, DuplicateRule::Refuse);
+    unit.enroll(record_, alice_, DuplicateRule::kRefuse);
+    unit.enroll(record_, {"alice", 7}, DuplicateRule::kRefuse);
+    unit.enroll(record_, {"bob", 7}, DuplicateRule::kRefuse);
     calls();
     std::vector<std::string> names;
     unit.listRecords(
@@ -248,7 +248,7 @@ TEST_F(UnitCalls, TheStoresIndexLengthIsTheEngines) {
     engine_->indexElementCount = 3;
     BiometricUnit& unit = attach();
     // The fake engine commits records without index vector, which do not fit the store.
-    EXPECT_EQ(refusal([&] { unit.enroll(record_, alice_, DuplicateRule::Refuse); }),
+    EXPECT_EQ(refusal([&] { unit.enroll(record_, alice_, DuplicateRule::kRefuse); }),
               "CommitEnrollment failed: WINBIO_E_DATABASE_BAD_INDEX_VECTOR (0x80098022)");
 }
 

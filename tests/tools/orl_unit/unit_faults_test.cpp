@@ -21,11 +21,11 @@ class UnitFaults : public testing::Test {
   protected:
     UnitFaults()
         : path_(folder_.PathOf("store.db")), unit_(tools::pathFromUtf8(ORL_ENGINE_MODULE)) {
-        unit_.openStore(path_, StoreUse::CreateIfMissing, {false, std::chrono::milliseconds(0)});
+        unit_.openStore(path_, StoreUse::kCreateIfMissing, {false, std::chrono::milliseconds(0)});
         for (const char* finger : {"101", "102", "103"}) {
             unit_.enroll(sample(finger),
                          {finger, WINBIO_ANSI_381_POS_RH_INDEX_FINGER},
-                         DuplicateRule::Refuse);
+                         DuplicateRule::kRefuse);
         }
     }
 
@@ -86,7 +86,7 @@ TEST_F(UnitFaults, ADamagedRecordFailsTheDuplicateCheckAndNothingIsStored) {
     runSql("UPDATE records SET template = x'00' WHERE id = 2");
     EXPECT_THROW(
         unit_.enroll(
-            sample("104"), {"104", WINBIO_ANSI_381_POS_RH_INDEX_FINGER}, DuplicateRule::Refuse),
+            sample("104"), {"104", WINBIO_ANSI_381_POS_RH_INDEX_FINGER}, DuplicateRule::kRefuse),
         StoreError);
     runSql("DELETE FROM records WHERE id = 2");
     EXPECT_EQ(listedCount(), 2U);
@@ -125,7 +125,7 @@ TEST_F(UnitFaults, AFingerJoinsTheIdentityThatAnotherProcessGaveTheName) {
     ASSERT_TRUE(unit_
                     .enroll(sample("104"),
                             {"dora", WINBIO_ANSI_381_POS_RH_INDEX_FINGER},
-                            DuplicateRule::Refuse)
+                            DuplicateRule::kRefuse)
                     .stored);
     ASSERT_TRUE(done);
     std::size_t dorasRecords = 0;
@@ -143,7 +143,7 @@ TEST_F(UnitFaults, AFingerThatAnotherProcessEnrollsMeanwhileIsRefused) {
     anotherProcessEnrollsDora(WINBIO_ANSI_381_POS_RH_INDEX_FINGER, done);
     try {
         unit_.enroll(
-            sample("104"), {"dora", WINBIO_ANSI_381_POS_RH_INDEX_FINGER}, DuplicateRule::Refuse);
+            sample("104"), {"dora", WINBIO_ANSI_381_POS_RH_INDEX_FINGER}, DuplicateRule::kRefuse);
         FAIL() << "stored twice";
     } catch (const CommandError& error) {
         EXPECT_STREQ(error.what(), "'dora' has right-index enrolled already");
@@ -155,7 +155,7 @@ TEST_F(UnitFaults, AStoreOfAnotherEngineIsRefused) {
     ASSERT_TRUE(SqliteStore::create(other, {guidIdentity(5).Value.TemplateGuid, 0}, {}).ok());
     BiometricUnit unit(tools::pathFromUtf8(ORL_ENGINE_MODULE));
     try {
-        unit.openStore(other, StoreUse::MustExist, {});
+        unit.openStore(other, StoreUse::kMustExist, {});
         FAIL() << "opened";
     } catch (const StoreError& error) {
         EXPECT_EQ(error.what(), "store '" + other + "' was made for another engine adapter");
