@@ -46,6 +46,7 @@ struct FingerRecord {
     std::vector<RecordMinutia> minutiae;  // at most 255
 };
 
+// The record as a file has it: one view, no extended data. REQUIRES: at most 255 minutiae.
 std::vector<std::uint8_t> bytesFromRecord(const FingerRecord& record);
 
 }  // namespace orl::tools

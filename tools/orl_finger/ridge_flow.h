@@ -42,6 +42,7 @@ PatternClass drawPattern(RandomStream& random);
 // A flow of that pattern with its singular points at plausible places.
 RidgeFlow drawFlow(PatternClass pattern, const PadShape& pad, RandomStream& random);
 
+// How the ridges run at a point, turns, [0, 0.5).
 double orientationAt(const RidgeFlow& flow, const Vector& point);
 
 }  // namespace orl::tools

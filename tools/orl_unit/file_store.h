@@ -19,6 +19,7 @@ StoreStatus createFileStore(const StorageContext& context,
                             const std::filesystem::path& path,
                             const StoreFormat& format);
 
+// Opens a store that is there, and checks that it is a sound one of this program.
 StoreStatus openFileStore(const StorageContext& context,
                           const std::filesystem::path& path,
                           std::unique_ptr<RecordStore>& store);

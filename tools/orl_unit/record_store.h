@@ -84,6 +84,7 @@ class RecordStore {
     RecordStore& operator=(const RecordStore&) = delete;
     virtual ~RecordStore() = default;
 
+    // What the store was made for.
     [[nodiscard]] virtual StoreFormat format() const = 0;
 
     // Fills ids with the records that the filter selects, in the order in which they were added.
@@ -100,6 +101,7 @@ class RecordStore {
     // Removes the selected records, and the names of identities left without one.
     virtual StoreStatus removeRecords(const RecordFilter& filter, std::size_t& removedCount) = 0;
 
+    // The identity of a name, and the name of an identity; nothing when the store has neither.
     virtual StoreStatus findIdentity(std::string_view name,
                                      std::optional<WINBIO_IDENTITY>& identity) = 0;
     virtual StoreStatus findName(const WINBIO_IDENTITY& identity,

@@ -24,6 +24,7 @@ std::string defaultStore();
 // The path of the module that the options name.
 std::filesystem::path modulePath(const UnitOptions& options);
 
+// How the options want the store to be used.
 StoreAccessOptions storeAccess(const UnitOptions& options);
 
 }  // namespace orl::unit
