@@ -41,6 +41,9 @@ class Sweep {
     void StartRing(const std::array<Index, 3>& seed);
     std::vector<Index> Order() const;
     void Join(Index i);
+    Index RingNear(Index i) const;
+    Index FillForward(Index i, Index next);
+    Index FillBackward(Index i, Index e);
     Index Append(std::array<Index, 3> corners, std::array<Index, 3> neighbours);
     void Pair(Index a, Index b);
     Index FlipFrom(Index a);
@@ -198,14 +201,7 @@ bool Sweep::Build() {
 }
 
 void Sweep::Join(Index i) {
-    Index s = kNone;
-    for (std::size_t j = 0; j < buckets_.size(); ++j) {
-        s = buckets_[(Bucket(i) + j) % buckets_.size()];
-        if (s != kNone && next_[s] != s) {
-            break;
-        }
-    }
-    const Index start = prev_[s];
+    const Index start = RingNear(i);
     Index e = start;
     while (!Sees(i, e, next_[e])) {
         e = next_[e];
@@ -213,24 +209,12 @@ void Sweep::Join(Index i) {
             return;
         }
     }
-    Index t = Append({e, i, next_[e]}, {kNone, kNone, edge_[e]});
+    const Index t = Append({e, i, next_[e]}, {kNone, kNone, edge_[e]});
     edge_[i] = FlipFrom(t + 2);
     edge_[e] = t;
-    Index next = next_[e];
-    for (Index q = next_[next]; Sees(i, next, q); q = next_[next]) {
-        t = Append({next, i, q}, {edge_[i], kNone, edge_[next]});
-        edge_[i] = FlipFrom(t + 2);
-        next_[next] = next;
-        next = q;
-    }
+    const Index next = FillForward(i, next_[e]);
     if (e == start) {
-        for (Index q = prev_[e]; Sees(i, q, e); q = prev_[e]) {
-            t = Append({q, i, e}, {kNone, edge_[e], edge_[q]});
-            FlipFrom(t + 2);
-            edge_[q] = t;
-            next_[e] = e;
-            e = q;
-        }
+        e = FillBackward(i, e);
     }
     prev_[i] = e;
     hullStart_ = e;
@@ -239,6 +223,41 @@ void Sweep::Join(Index i) {
     next_[i] = next;
     buckets_[Bucket(i)] = i;
     buckets_[Bucket(e)] = e;
+}
+
+// Where the search for an edge that the point sees begins.
+Index Sweep::RingNear(Index i) const {
+    Index s = kNone;
+    for (std::size_t j = 0; j < buckets_.size(); ++j) {
+        s = buckets_[(Bucket(i) + j) % buckets_.size()];
+        if (s != kNone && next_[s] != s) {
+            break;
+        }
+    }
+    return prev_[s];
+}
+
+// Triangles with the edges from `next` on that the point sees; the ring's first point behind them.
+Index Sweep::FillForward(Index i, Index next) {
+    for (Index q = next_[next]; Sees(i, next, q); q = next_[next]) {
+        const Index t = Append({next, i, q}, {edge_[i], kNone, edge_[next]});
+        edge_[i] = FlipFrom(t + 2);
+        next_[next] = next;
+        next = q;
+    }
+    return next;
+}
+
+// The same from `e` backward; the ring's last point ahead of them.
+Index Sweep::FillBackward(Index i, Index e) {
+    for (Index q = prev_[e]; Sees(i, q, e); q = prev_[e]) {
+        const Index t = Append({q, i, e}, {kNone, edge_[e], edge_[q]});
+        FlipFrom(t + 2);
+        edge_[q] = t;
+        next_[e] = e;
+        e = q;
+    }
+    return e;
 }
 
 Index Sweep::Append(std::array<Index, 3> corners, std::array<Index, 3> neighbours) {

@@ -94,57 +94,80 @@ TEST(FingerMatcherThreads, MatchAtOnceAsTheyMatchAlone) {
     ORLFingerMatcher_Shutdown();
 }
 
-TEST(FingerMatcherThreads, MatchOrAreRefusedWhileOthersInitializeAndShutDown) {
-    constexpr int kOfEachAtLeast = 100;
-    constexpr int kCyclesAtLeast = 1000;
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    ORLFingerMatcher_Initialize(nullptr, 0);
-    const std::vector<Pair> pairs = PairsWithResults();
+// How far threads that match have got beside threads that initialise and shut down. All stop when
+// they have seen enough of both, or when their time is over.
+struct Progress {
+    static constexpr int kOfEachAtLeast = 100;
+    static constexpr int kCyclesAtLeast = 1000;
+
+    const std::chrono::steady_clock::time_point end =
+        std::chrono::steady_clock::now() + std::chrono::seconds(60);
     std::atomic<int> wrong = 0;
     std::atomic<int> cycles = 0;
-    std::atomic<int> matchersWithBoth = 0;
-    const auto mayStop = [&] {
+    std::atomic<int> matchersWithBoth = 0;  // that were refused and let in so many times
+
+    bool mayStop() const {
         const bool hasSeenAll = matchersWithBoth == kMatchThreads && cycles >= kCyclesAtLeast;
         return hasSeenAll || std::chrono::steady_clock::now() > end;
+    }
+};
+
+enum class Outcome { Refused, Matched, Wrong };
+
+Outcome OutcomeOf(const Pair& pair) {
+    MatchResult result;
+    char text[64];
+    const std::int32_t status = MatchPair(pair, result, text);
+    if (status == 10 && result.Score == 0 && result.Matched == 0 &&
+        std::string_view(text) == "Call Initialize first.") {
+        return Outcome::Refused;
+    }
+    const bool isMatched = status == 0 && result.Matched == pair.expected.Matched &&
+                           result.Score == pair.expected.Score && text[0] == '\0';
+    return isMatched ? Outcome::Matched : Outcome::Wrong;
+}
+
+void MatchUntilAllStop(const std::vector<Pair>& pairs, Progress& progress) {
+    int refused = 0;
+    int matched = 0;
+    const auto hasBoth = [&] {
+        return refused >= Progress::kOfEachAtLeast && matched >= Progress::kOfEachAtLeast;
     };
-    const auto match = [&] {
-        int refused = 0;
-        int matched = 0;
-        for (std::size_t i = 0; !mayStop(); ++i) {
-            const Pair& pair = pairs[i % pairs.size()];
-            MatchResult result;
-            char text[64];
-            const std::int32_t status = MatchPair(pair, result, text);
-            const bool isRefused = status == 10 && result.Score == 0 && result.Matched == 0 &&
-                                   std::string_view(text) == "Call Initialize first.";
-            const bool isMatched = status == 0 && result.Matched == pair.expected.Matched &&
-                                   result.Score == pair.expected.Score && text[0] == '\0';
-            wrong += isRefused || isMatched ? 0 : 1;
-            const bool hadBoth = refused >= kOfEachAtLeast && matched >= kOfEachAtLeast;
-            refused += isRefused ? 1 : 0;
-            matched += isMatched ? 1 : 0;
-            const bool hasBoth = refused >= kOfEachAtLeast && matched >= kOfEachAtLeast;
-            matchersWithBoth += hasBoth && !hadBoth ? 1 : 0;
-            std::this_thread::yield();
-        }
-    };
-    const auto cycle = [&] {
-        while (!mayStop()) {
-            char text[64] = "left over";
-            wrong += ORLFingerMatcher_Initialize(text, sizeof text) == 0 && text[0] == '\0' ? 0 : 1;
-            std::this_thread::yield();
-            ORLFingerMatcher_IsInitialized();
-            ORLFingerMatcher_Shutdown();
-            ++cycles;
-            std::this_thread::yield();
-        }
-    };
-    std::vector<std::function<void()>> tasks(kMatchThreads, match);
-    tasks.insert(tasks.end(), 2, cycle);
+    for (std::size_t i = 0; !progress.mayStop(); ++i) {
+        const Outcome outcome = OutcomeOf(pairs[i % pairs.size()]);
+        const bool hadBoth = hasBoth();
+        progress.wrong += outcome == Outcome::Wrong ? 1 : 0;
+        refused += outcome == Outcome::Refused ? 1 : 0;
+        matched += outcome == Outcome::Matched ? 1 : 0;
+        progress.matchersWithBoth += hasBoth() && !hadBoth ? 1 : 0;
+        std::this_thread::yield();
+    }
+}
+
+void InitializeAndShutDownUntilAllStop(Progress& progress) {
+    while (!progress.mayStop()) {
+        char text[64] = "left over";
+        const bool isReady = ORLFingerMatcher_Initialize(text, sizeof text) == 0 && text[0] == '\0';
+        progress.wrong += isReady ? 0 : 1;
+        std::this_thread::yield();
+        ORLFingerMatcher_IsInitialized();
+        ORLFingerMatcher_Shutdown();
+        ++progress.cycles;
+        std::this_thread::yield();
+    }
+}
+
+TEST(FingerMatcherThreads, MatchOrAreRefusedWhileOthersInitializeAndShutDown) {
+    ORLFingerMatcher_Initialize(nullptr, 0);
+    const std::vector<Pair> pairs = PairsWithResults();
+    Progress progress;
+    std::vector<std::function<void()>> tasks(kMatchThreads,
+                                             [&] { MatchUntilAllStop(pairs, progress); });
+    tasks.insert(tasks.end(), 2, [&] { InitializeAndShutDownUntilAllStop(progress); });
     RunTogether(tasks);
-    EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(matchersWithBoth, kMatchThreads) << "each was refused and let in some times";
-    EXPECT_GE(cycles, kCyclesAtLeast);
+    EXPECT_EQ(progress.wrong, 0);
+    EXPECT_EQ(progress.matchersWithBoth, kMatchThreads) << "each was refused and let in some times";
+    EXPECT_GE(progress.cycles, Progress::kCyclesAtLeast);
     EXPECT_FALSE(ORLFingerMatcher_IsInitialized());
 }
 
