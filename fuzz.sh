@@ -5,9 +5,24 @@
 # how many inputs were tried, how many edges of the code they reached, and the faults found. The
 # exit status is 0 only when there was none.
 set -euo pipefail
-seconds=${1:?usage: ./fuzz.sh SECONDS [TARGET...]}
+
+# refuse TEXT: tells what is wrong with the arguments, and ends.
+refuse() {
+  echo "$1" >&2
+  exit 2
+}
+
+[ $# -gt 0 ] || refuse "usage: ./fuzz.sh SECONDS [TARGET...]"
+seconds=$1
 shift
+[[ $seconds =~ ^[1-9][0-9]{0,8}$ ]] ||
+  refuse "fuzz.sh: SECONDS is a positive whole number of at most 9 digits, not '$seconds'"
 cd "$(dirname "$(realpath "$0")")"
+for name in "$@"; do
+  [[ $name =~ ^[a-z_]+$ && -f fuzz/fuzz_$name.cpp ]] ||
+    refuse "fuzz.sh: no target '$name' (there are: $(cd fuzz &&
+      printf '%s\n' fuzz_*.cpp | sed 's/^fuzz_//; s/\.cpp$//' | paste -sd' '))"
+done
 scripts/install_packages.sh clang libclang-rt-14-dev cmake ninja-build libcli11-dev \
   nlohmann-json3-dev libsqlite3-dev
 cmake --preset fuzz >/dev/null

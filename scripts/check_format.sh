@@ -1,7 +1,14 @@
 #!/usr/bin/env bash
-# check_format.sh [--fix]: checks that every C and C++ source is formatted as .clang-format says.
+# check_format.sh [--fix]: checks that every C and C++ source is formatted as .clang-format says, or
+# formats them.
 set -euo pipefail
+case "$*" in
+  "") mode=(--dry-run --Werror) ;;
+  --fix) mode=(-i) ;;
+  *)
+    echo "usage: scripts/check_format.sh [--fix]" >&2
+    exit 2
+    ;;
+esac
 cd "$(dirname "$(realpath "$0")")/.."
-mode=(--dry-run --Werror)
-[ "${1-}" = --fix ] && mode=(-i)
 git ls-files -z '*.h' '*.cpp' '*.c' | xargs -0 -r clang-format "${mode[@]}"

@@ -5,8 +5,11 @@
 # branches of a simple model. The exit status is not 0 when nothing could be counted.
 set -euo pipefail
 cd "$(dirname "$(realpath "$0")")/.."
-pairs=${1:-200}
-[ "$pairs" -ge 2 ] || { echo "count_instructions.sh: 2 pairs at least" >&2; exit 2; }
+pairs=${1-200}
+if [ $# -gt 1 ] || [[ ! $pairs =~ ^[1-9][0-9]{0,8}$ ]] || [ "$pairs" -lt 2 ]; then
+  echo "usage: scripts/count_instructions.sh [PAIRS], a whole number of 2 at least" >&2
+  exit 2
+fi
 { cmake --preset bench && cmake --build --preset bench --target orl-counted-matches; } >&2
 program=build/bench/bin/orl-counted-matches
 

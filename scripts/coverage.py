@@ -32,15 +32,19 @@ def run(command, **options):
 def tests_chosen(pattern):
     """Names and programs of the tests whose names match."""
     listed = run(["ctest", "--test-dir", str(BUILD), "--show-only=json-v1", "-R", pattern],
-                 stdout=subprocess.PIPE)
-    return [(test["name"], test.get("command", [None])[0])
-            for test in json.loads(listed.stdout)["tests"]]
+                 stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+    if not listed.startswith(b"{"):  # no list for what is no regular expression
+        return []
+    return [(test["name"], test.get("command", [None])[0]) for test in json.loads(listed)["tests"]]
 
 
 def profile_of(pattern):
     """Runs the tests and returns their merged profile and the programs that made it."""
     run(["cmake", "--preset", "coverage"], stdout=subprocess.DEVNULL)
     names = [name for name, _ in tests_chosen(pattern)]
+    if not names:
+        print(f"coverage.py: no test's name matches {pattern!r}", file=sys.stderr)
+        sys.exit(2)
     run(["cmake", "--build", "--preset", "coverage", "--target", *names])
     profiles = BUILD / "profiles"
     shutil.rmtree(profiles, ignore_errors=True)

@@ -3,6 +3,11 @@
 # Asks nothing; uses sudo only when not root; does not touch the network when nothing is missing.
 set -euo pipefail
 
+if [ $# -eq 0 ] || [[ " $*" = *" -"* ]]; then
+  echo "usage: scripts/install_packages.sh PACKAGE..." >&2
+  exit 2
+fi
+
 missing=()
 for package in "$@"; do
   if [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)" != installed ]; then

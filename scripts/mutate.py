@@ -280,19 +280,36 @@ def run(chosen, seconds_of, known, done):
     return tally["SURVIVED"] == 0
 
 
+def positive(text):
+    if not re.fullmatch("[1-9][0-9]*", text):
+        raise argparse.ArgumentTypeError(f"not a positive whole number: {text!r}")
+    return int(text)
+
+
+def regular_expression(text):
+    try:
+        re.compile(text)
+    except re.error as error:
+        raise argparse.ArgumentTypeError(f"not a regular expression: {text!r} ({error})")
+    return text
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--rooms", nargs="+", default=["adapter", "matcher/api"], choices=TESTS)
-    parser.add_argument("--files", default="", metavar="REGEX", help="only files of such names")
-    parser.add_argument("--count", type=int, default=100, help="how many changes to try")
+    parser.add_argument("--files", default="", metavar="REGEX", type=regular_expression,
+                        help="only files of such names")
+    parser.add_argument("--count", type=positive, default=100, help="how many changes to try")
     parser.add_argument("--survivors", action="store_true",
                         help="only those that survived an earlier run and have no reason yet")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--list", action="store_true", help="only tell which would be tried")
     arguments = parser.parse_args()
-    possible = [mutation for name in files_of(arguments.rooms, arguments.files)
-                for mutation in mutations_of(name)]
+    files = files_of(arguments.rooms, arguments.files)
+    if not files:
+        parser.error(f"no file of {', '.join(arguments.rooms)} has such a name: {arguments.files!r}")
+    possible = [mutation for name in files for mutation in mutations_of(name)]
     if arguments.survivors:
         done, known = earlier_results(), equivalents()
         possible = [mutation for mutation in possible

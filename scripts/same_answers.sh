@@ -7,7 +7,15 @@
 # build/same-answers, and so do the builds save those of presets. The exit status is 0 only when every
 # build gives the same answers.
 set -uo pipefail
+if [ $# -gt 0 ]; then
+  echo "usage: scripts/same_answers.sh, without arguments" >&2
+  exit 2
+fi
 cd "$(dirname "$(realpath "$0")")/.." || exit 1
+if [ -n "${ORL_RECORDS-}" ] && [ ! -d "$ORL_RECORDS" ]; then
+  echo "same_answers.sh: ORL_RECORDS names no folder: $ORL_RECORDS" >&2
+  exit 2
+fi
 folder=build/same-answers
 mkdir -p "$folder"
 first=gcc-O0
