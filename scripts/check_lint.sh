@@ -49,4 +49,8 @@ if [ ${#given[@]} -eq 0 ]; then
   done < <(git ls-files "${rooms[@]/%//*.cpp}")
 fi
 [ ${#sources[@]} -gt 0 ] || refuse "check_lint.sh: the native preset compiles none of the sources"
-printf '%s\0' "${sources[@]}" | xargs -0 -P "$(nproc)" -n 4 clang-tidy -p build/native --quiet
+# The tests' precompiled headers are GCC's, which clang cannot read; the sources include what they need.
+mkdir -p build/native/lint
+sed -E 's/ -Winvalid-pch| -include [^ "]*cmake_pch\.hxx//g' "$commands" \
+  >build/native/lint/compile_commands.json
+printf '%s\0' "${sources[@]}" | xargs -0 -P "$(nproc)" -n 4 clang-tidy -p build/native/lint --quiet
