@@ -309,7 +309,7 @@ HRESULT EngineModel::Discard() {
 bool EngineModel::Matches(const Bytes& stored, const Bytes& fresh) {
     if (!matcherReady) {
         ++initializations;
-        matcherReady = initialization == Initialization::Succeeds;
+        matcherReady = initialization == Initialization::kSucceeds;
         if (!matcherReady) {
             return false;
         }
@@ -325,12 +325,12 @@ bool EngineModel::Matches(const Bytes& stored, const Bytes& fresh) {
         return false;
     }
     compared.push_back({std::move(*storedView), std::move(*freshView)});
-    Comparison answer = Comparison::NoMatch;
+    Comparison answer = Comparison::kNoMatch;
     if (!comparisons.empty()) {
         answer = comparisons.front();
         comparisons.pop_front();
     }
-    return answer == Comparison::Match;
+    return answer == Comparison::kMatch;
 }
 
 }  // namespace orl::fuzz

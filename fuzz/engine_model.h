@@ -17,10 +17,10 @@ namespace orl::fuzz {
 using Bytes = std::vector<std::uint8_t>;
 
 // How the matcher answers one comparison.
-enum class Comparison { Match, NoMatch, FailedStatus, StandardException, OtherException };
+enum class Comparison { kMatch, kNoMatch, kFailedStatus, kStandardException, kOtherException };
 
 // How it answers being initialised.
-enum class Initialization { Succeeds, Fails, Throws };
+enum class Initialization { kSucceeds, kFails, kThrows };
 
 // A memory that fails once, after so many more successes.
 class ScriptedMemory {
@@ -54,7 +54,7 @@ class EngineModel {
     ScriptedMemory processHeap;
     ScriptedMemory generalHeap;
     bool matcherReady = false;
-    Initialization initialization = Initialization::Succeeds;
+    Initialization initialization = Initialization::kSucceeds;
     std::deque<Comparison> comparisons;  // of the coming ones; no match when empty
     std::vector<ComparedPair> compared;  // since the start
     int initializations = 0;

@@ -19,15 +19,15 @@ constexpr std::size_t kMostRecords = 6;  // in the storage at a time
 
 orl::test::MatchAnswer FakeAnswer(Comparison comparison) {
     switch (comparison) {
-        case Comparison::Match:
+        case Comparison::kMatch:
             return {.status = 0, .matched = 1, .score = 400};
-        case Comparison::NoMatch:
+        case Comparison::kNoMatch:
             return {.status = 0, .matched = 0, .score = 20};
-        case Comparison::FailedStatus:
+        case Comparison::kFailedStatus:
             return {.status = 3, .matched = 1, .score = 999};
-        case Comparison::StandardException:
+        case Comparison::kStandardException:
             return {.matched = 1, .raise = [] { throw std::runtime_error("not triangulation"); }};
-        case Comparison::OtherException:
+        case Comparison::kOtherException:
             break;
     }
     return {.matched = 1, .raise = [] { throw 7; }};
@@ -77,10 +77,10 @@ void ScriptMatcher(ModelledUnit& unit, InputReader& input) {
         fake.answers.push_back(FakeAnswer(comparison));
     }
     unit.model.initialization = static_cast<Initialization>(input.Below(3));
-    fake.initializeStatus = unit.model.initialization == Initialization::Fails ? 3 : 0;
+    fake.initializeStatus = unit.model.initialization == Initialization::kFails ? 3 : 0;
     fake.initializeText = "the matcher's reason";
     fake.initializeRaise = nullptr;
-    if (unit.model.initialization == Initialization::Throws) {
+    if (unit.model.initialization == Initialization::kThrows) {
         fake.initializeRaise = [] { throw std::bad_alloc(); };
     }
 }

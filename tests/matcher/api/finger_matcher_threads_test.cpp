@@ -112,7 +112,7 @@ struct Progress {
     }
 };
 
-enum class Outcome { Refused, Matched, Wrong };
+enum class Outcome { kRefused, kMatched, kWrong };
 
 Outcome OutcomeOf(const Pair& pair) {
     MatchResult result;
@@ -120,11 +120,11 @@ Outcome OutcomeOf(const Pair& pair) {
     const std::int32_t status = MatchPair(pair, result, text);
     if (status == 10 && result.Score == 0 && result.Matched == 0 &&
         std::string_view(text) == "Call Initialize first.") {
-        return Outcome::Refused;
+        return Outcome::kRefused;
     }
     const bool isMatched = status == 0 && result.Matched == pair.expected.Matched &&
                            result.Score == pair.expected.Score && text[0] == '\0';
-    return isMatched ? Outcome::Matched : Outcome::Wrong;
+    return isMatched ? Outcome::kMatched : Outcome::kWrong;
 }
 
 void MatchUntilAllStop(const std::vector<Pair>& pairs, Progress& progress) {
@@ -136,9 +136,9 @@ void MatchUntilAllStop(const std::vector<Pair>& pairs, Progress& progress) {
     for (std::size_t i = 0; !progress.mayStop(); ++i) {
         const Outcome outcome = OutcomeOf(pairs[i % pairs.size()]);
         const bool hadBoth = hasBoth();
-        progress.wrong += outcome == Outcome::Wrong ? 1 : 0;
-        refused += outcome == Outcome::Refused ? 1 : 0;
-        matched += outcome == Outcome::Matched ? 1 : 0;
+        progress.wrong += outcome == Outcome::kWrong ? 1 : 0;
+        refused += outcome == Outcome::kRefused ? 1 : 0;
+        matched += outcome == Outcome::kMatched ? 1 : 0;
         progress.matchersWithBoth += hasBoth() && !hadBoth ? 1 : 0;
         std::this_thread::yield();
     }
