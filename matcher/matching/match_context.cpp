@@ -11,8 +11,7 @@ std::span<const CyclicCodes> cyclicCodes(std::span<const TriangleFeature> triang
     const QuarterTurnBearings& bearings = QuarterTurnBearings::Table();
     const std::span<CyclicCodes> codes = scratch.take<CyclicCodes>(triangles.size());
     for (std::size_t t = 0; t < triangles.size(); ++t) {
-        const TriangleCode code = code_kernels::codeOf(triangles[t], bearings);
-        codes[t] = {code, code_kernels::turnedCode(code, 1), code_kernels::turnedCode(code, 2)};
+        codes[t] = cyclicCodesOf(triangles[t], bearings);
     }
     return codes;
 }

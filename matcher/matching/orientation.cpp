@@ -75,14 +75,6 @@ void orient(const TriangleFeature& triangle,
 
 }  // namespace
 
-std::array<TriangleVertex, kCorners> orientedVertices(const OrientedFinger& finger,
-                                                      std::size_t index,
-                                                      std::size_t orientation) {
-    return turnedVertices(finger.triangles[index],
-                          orientation,
-                          kCornerOrders[finger.oriented[index].order[orientation]]);
-}
-
 OrientedFinger orientedFinger(std::span<const TriangleFeature> triangles, Scratch& scratch) {
     const QuarterTurnBearings& bearings = QuarterTurnBearings::Table();
     const auto codes = scratch.take<QuarterTurnCodes>(triangles.size());

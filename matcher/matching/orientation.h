@@ -43,11 +43,6 @@ struct OrientedFinger {
     std::span<const OrientedTriangle> oriented;  // by triangle
 };
 
-// The vertices of triangle `index` in an orientation, in the turned triangle's own order.
-std::array<TriangleVertex, kCorners> orientedVertices(const OrientedFinger& finger,
-                                                      std::size_t index,
-                                                      std::size_t orientation);
-
 // The finger's four orientations, held in `scratch`. Orientation 0 is the list as it stands.
 // REQUIRES: the triangles were made by MakeTriangleFeature.
 // Throws: std::bad_alloc.

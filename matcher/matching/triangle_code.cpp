@@ -8,9 +8,4 @@ TriangleCode codeOf(const TriangleFeature& triangle) {
     return code_kernels::codeOf(triangle, QuarterTurnBearings::Table());
 }
 
-CyclicCodes cyclicCodesOf(const TriangleFeature& triangle) {
-    const TriangleCode code = codeOf(triangle);
-    return {code, code_kernels::turnedCode(code, 1), code_kernels::turnedCode(code, 2)};
-}
-
 }  // namespace orl::matcher

@@ -45,7 +45,6 @@ TriangleCode codeOf(const TriangleFeature& triangle);
 
 // The codes of one triangle under the three cyclic orders that start at vertex 0, 1 and 2.
 using CyclicCodes = std::array<TriangleCode, kCorners>;
-CyclicCodes cyclicCodesOf(const TriangleFeature& triangle);
 
 // Which vertex of a triangle is the first one of its copy after 0, 1, 2 and 3 quarter turns.
 using QuarterTurnStarts = std::array<std::uint8_t, kOrientations>;

@@ -50,4 +50,11 @@ namespace code_kernels = sse2;
 namespace code_kernels = plain;
 #endif
 
+// The codes of a triangle under its three cyclic orders.
+inline CyclicCodes cyclicCodesOf(const TriangleFeature& triangle,
+                                 const QuarterTurnBearings& bearings) {
+    const TriangleCode code = code_kernels::codeOf(triangle, bearings);
+    return {code, code_kernels::turnedCode(code, 1), code_kernels::turnedCode(code, 2)};
+}
+
 }  // namespace orl::matcher

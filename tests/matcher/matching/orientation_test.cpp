@@ -10,7 +10,9 @@
 
 #include <gtest/gtest.h>
 
+#include "matcher/features/lookup_tables.h"
 #include "matcher/features/triangle_feature.h"
+#include "matcher/matching/kernels/triangle_code_kernels.h"
 #include "matcher/matching/scratch.h"
 #include "tests/support/naive_matching.h"
 #include "tests/support/synthetic_fingers.h"
@@ -61,8 +63,10 @@ class Oriented {
     std::vector<TriangleFeature> list(std::size_t orientation) const {
         std::vector<TriangleFeature> list = triangles_;
         for (std::size_t u = 0; u < list.size(); ++u) {
-            const auto vertices = orientedVertices(finger_, u, orientation);
-            std::copy(vertices.begin(), vertices.end(), list[u].vertices);
+            const auto& order = kCornerOrders[finger_.oriented[u].order[orientation]];
+            for (std::size_t j = 0; j < kCorners; ++j) {
+                list[u].vertices[j] = turnedVertex(triangles_[u].vertices[order[j]], orientation);
+            }
         }
         return list;
     }
@@ -144,7 +148,8 @@ TriangleCode ExpectedCode(const TriangleFeature& triangle,
                    turnedVertex(triangle.vertices[(start + j) % kCorners], orientation);
         };
         if (isFrom(0) && isFrom(1) && isFrom(2)) {
-            return cyclicCodesOf(turned)[(kCorners - start) % kCorners];
+            return cyclicCodesOf(turned,
+                                 QuarterTurnBearings::Table())[(kCorners - start) % kCorners];
         }
     }
     return codeOf(turned);

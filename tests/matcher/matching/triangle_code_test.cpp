@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include "matcher/features/lookup_tables.h"
 #include "matcher/features/triangle_feature.h"
+#include "matcher/matching/kernels/triangle_code_kernels.h"
 #include "tests/support/synthetic_fingers.h"
 
 namespace orl::matcher {
@@ -31,7 +33,7 @@ TEST(TriangleCode, TurnsEachGroupForTheOtherCyclicOrders) {
     const TriangleFeature triangle{
         .vertices = {{100, 100, 10, 1}, {200, 100, 60, 1}, {100, 20, 120, 1}},
         .sides = {128, 100, 80, 0}};
-    const CyclicCodes codes = cyclicCodesOf(triangle);
+    const CyclicCodes codes = cyclicCodesOf(triangle, QuarterTurnBearings::Table());
     EXPECT_EQ(codes[0], codeOf(triangle));
     const TriangleCode one{{60, 145, 50, 0, 222, 72, 118, 0, 195, 36, 54, 0, 100, 80, 128, 0}};
     const TriangleCode two{{145, 50, 60, 0, 72, 118, 222, 0, 36, 54, 195, 0, 80, 128, 100, 0}};
@@ -48,7 +50,8 @@ TEST(TriangleCode, OfATriangleGivenFromAnotherVertexOnIsItsCyclicCode) {
                 shifted.vertices[j] = triangle.vertices[(start + j) % kCorners];
                 shifted.sides[j] = triangle.sides[(start + j) % kCorners];
             }
-            ASSERT_EQ(codeOf(shifted), cyclicCodesOf(triangle)[start]);
+            ASSERT_EQ(codeOf(shifted),
+                      cyclicCodesOf(triangle, QuarterTurnBearings::Table())[start]);
         }
     }
 }

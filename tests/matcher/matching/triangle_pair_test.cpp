@@ -8,8 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include "matcher/features/lookup_tables.h"
 #include "matcher/features/triangle_feature.h"
 #include "matcher/matching/kernels/pair_test.h"
+#include "matcher/matching/kernels/triangle_code_kernels.h"
 #include "matcher/matching/pair_search.h"
 #include "tests/matcher/matching/made_triangles.h"
 #include "tests/support/naive_matching.h"
@@ -28,7 +30,8 @@ using test::WithSides;
 // The similarity of a pair, when it passes: one or none.
 std::vector<std::int32_t> Similarities(const TriangleFeature& first,
                                        const TriangleFeature& second) {
-    const std::int32_t similarity = scoreTrianglePair(codeOf(second), cyclicCodesOf(first));
+    const std::int32_t similarity =
+        scoreTrianglePair(codeOf(second), cyclicCodesOf(first, QuarterTurnBearings::Table()));
     return similarity == 0 ? std::vector<std::int32_t>{} : std::vector{similarity};
 }
 
