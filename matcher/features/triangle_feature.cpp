@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <tuple>
 
 #include "matcher/features/lookup_tables.h"
 
@@ -80,15 +79,6 @@ TriangleFeature MakeTriangleFeature(const TriangleVertex& a,
     StoreLittleEndian(SideLengthWord(Distance(a, b), Distance(b, c), Distance(c, a)),
                       feature.sides);
     return feature;
-}
-
-bool TriangleKeyLess(const TriangleFeature& left, const TriangleFeature& right) {
-    const auto key = [](const TriangleFeature& feature) {
-        return std::tuple(SignedByte(feature.sides[0]),
-                          SignedByte(feature.sides[1]),
-                          SignedByte(feature.sides[2]));
-    };
-    return key(left) < key(right);
 }
 
 }  // namespace orl::matcher

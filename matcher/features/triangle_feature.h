@@ -1,8 +1,9 @@
 #pragma once
 
-// The constructor of triangle features, used for the triangles of a triangulation and for those
-// that matching forms itself from rotated vertices. Pure functions apart from the lookup tables'
-// build on first use; safe from any thread.
+// The constructor of triangle features, in two forms with the same results: MakeTriangleFeature and
+// its steps say what a feature is, one triangle at a time; TriangleMaker makes those of a whole
+// triangulation. Pure functions apart from the lookup tables' build on first use; safe from any
+// thread.
 
 #include <array>
 #include <cstddef>
@@ -120,14 +121,12 @@ inline void StoreLittleEndian(std::uint32_t word, std::uint8_t (&bytes)[4]) {
     bytes[3] = static_cast<std::uint8_t>(word >> 24U);
 }
 
-// The key of a finger's triangle list as one number, from a side length word: its three lowest
-// bytes, the first being the most significant, each rising as a signed byte does.
+// The key by which a finger's triangle list ascends: bytes 12, 13, 14 as signed bytes,
+// lexicographically. It is made of a side length word as one number, whose three lowest bytes are
+// those, the first being the most significant, each rising as a signed byte does.
 constexpr std::uint32_t TriangleKey(std::uint32_t sideWord) {
     constexpr std::uint32_t kSigns = 0x808080;
     return __builtin_bswap32(sideWord) >> 8U ^ kSigns;
 }
-
-// The order of a finger's triangle list: bytes 12, 13, 14 as signed bytes, lexicographically.
-bool TriangleKeyLess(const TriangleFeature& left, const TriangleFeature& right);
 
 }  // namespace orl::matcher

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <span>
 #include <stdexcept>
+#include <tuple>
 
 #include "matcher/features/finger_features.h"
 #include "matcher/features/triangle_feature.h"
@@ -108,6 +109,19 @@ matcher::FingerFeatures BuiltFinger(const MinutiaList& minutiae) {
     return features.front();
 }
 
+void SortTriangles(std::vector<TriangleFeature>& triangles) {
+    const auto key = [](const TriangleFeature& triangle) {
+        return std::tuple(static_cast<std::int8_t>(triangle.sides[0]),
+                          static_cast<std::int8_t>(triangle.sides[1]),
+                          static_cast<std::int8_t>(triangle.sides[2]));
+    };
+    std::stable_sort(triangles.begin(),
+                     triangles.end(),
+                     [&](const TriangleFeature& left, const TriangleFeature& right) {
+                         return key(left) < key(right);
+                     });
+}
+
 std::vector<TriangleFeature> RandomTriangles(std::mt19937& random,
                                              std::size_t count,
                                              unsigned extent) {
@@ -118,7 +132,7 @@ std::vector<TriangleFeature> RandomTriangles(std::mt19937& random,
         const TriangleVertex c = RandomVertex(random, extent);
         triangles.push_back(matcher::MakeTriangleFeature(a, b, c));
     }
-    std::stable_sort(triangles.begin(), triangles.end(), matcher::TriangleKeyLess);
+    SortTriangles(triangles);
     return triangles;
 }
 

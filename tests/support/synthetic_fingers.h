@@ -35,6 +35,10 @@ matcher::MinutiaList Impression(std::mt19937& random,
 // The finger's features. REQUIRES: 2..128 minutiae, not all on one line.
 matcher::FingerFeatures BuiltFinger(const matcher::MinutiaList& minutiae);
 
+// Sorts triangles as a finger's list stands: ascending by side bytes 0, 1 and 2 as signed bytes,
+// equal ones in their order.
+void SortTriangles(std::vector<matcher::TriangleFeature>& triangles);
+
 // `count` triangles in a finger's order, built from vertices of random bytes with coordinates below
 // `extent` (1..256 grid units).
 std::vector<matcher::TriangleFeature> RandomTriangles(std::mt19937& random,

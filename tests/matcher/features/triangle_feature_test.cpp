@@ -276,29 +276,24 @@ TEST(TriangleMaker, AgreesWithThePlainTriangleOnAllTrianglesOfExtremeCoordinates
     }
 }
 
-TriangleFeature WithSides(int b12, int b13, int b14, int b15 = 0) {
-    TriangleFeature feature;
-    feature.sides[0] = static_cast<std::uint8_t>(b12);
-    feature.sides[1] = static_cast<std::uint8_t>(b13);
-    feature.sides[2] = static_cast<std::uint8_t>(b14);
-    feature.sides[3] = static_cast<std::uint8_t>(b15);
-    return feature;
+// The key of a list entry with these side bytes.
+std::uint32_t KeyOf(std::uint32_t b12,
+                    std::uint32_t b13,
+                    std::uint32_t b14,
+                    std::uint32_t b15 = 0) {
+    return TriangleKey(b12 | b13 << 8U | b14 << 16U | b15 << 24U);
 }
 
-TEST(TriangleKeyLess, ComparesSignedBytesLexicographically) {
+TEST(TriangleKey, ComparesSignedBytesLexicographically) {
     // 200 is -56, 130 is -126.
-    EXPECT_TRUE(TriangleKeyLess(WithSides(90, 40, 200), WithSides(90, 40, 10)));
-    EXPECT_FALSE(TriangleKeyLess(WithSides(90, 40, 10), WithSides(90, 40, 200)));
-    EXPECT_TRUE(TriangleKeyLess(WithSides(130, 255, 255), WithSides(0, 0, 0)));
-    EXPECT_TRUE(TriangleKeyLess(WithSides(89, 80, 70), WithSides(90, 40, 10)));
-    EXPECT_TRUE(TriangleKeyLess(WithSides(90, 255, 255), WithSides(90, 40, 10)));
+    EXPECT_LT(KeyOf(90, 40, 200), KeyOf(90, 40, 10));
+    EXPECT_LT(KeyOf(130, 255, 255), KeyOf(0, 0, 0));
+    EXPECT_LT(KeyOf(89, 80, 70), KeyOf(90, 40, 10));
+    EXPECT_LT(KeyOf(90, 255, 255), KeyOf(90, 40, 10));
 }
 
-TEST(TriangleKeyLess, IgnoresTheFourthByteAndTheVertices) {
-    TriangleFeature other = WithSides(90, 40, 10, 255);
-    other.vertices[0] = At(1, 2);
-    EXPECT_FALSE(TriangleKeyLess(WithSides(90, 40, 10), other));
-    EXPECT_FALSE(TriangleKeyLess(other, WithSides(90, 40, 10)));
+TEST(TriangleKey, IgnoresTheFourthByte) {
+    EXPECT_EQ(KeyOf(90, 40, 10), KeyOf(90, 40, 10, 255));
 }
 
 }  // namespace

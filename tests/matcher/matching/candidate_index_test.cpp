@@ -90,7 +90,7 @@ std::vector<TriangleFeature> Moved(std::mt19937& random, std::vector<TriangleFea
         }
         triangle = MakeTriangleFeature(a, b, c);
     }
-    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+    test::SortTriangles(triangles);
     return triangles;
 }
 
@@ -139,7 +139,7 @@ TEST(CandidateIndex, MissesNoTriangleThatSpansTheGrid) {
         const TriangleVertex b = corner();
         triangles.push_back(MakeTriangleFeature(a, b, corner()));
     }
-    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+    test::SortTriangles(triangles);
     Tally tally;
     ExpectNoneMissed(triangles, triangles, tally);
     ExpectNoneMissed(Moved(random, triangles), triangles, tally);
@@ -163,7 +163,7 @@ TEST(CandidateIndex, MissesNoFlatTriangle) {
         const TriangleVertex b = onLine();
         triangles.push_back(MakeTriangleFeature(a, b, onLine()));
     }
-    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+    test::SortTriangles(triangles);
     Tally tally;
     ExpectNoneMissed(triangles, triangles, tally);
     EXPECT_GT(tally.alike, 400);

@@ -122,8 +122,9 @@ TEST(OrientedFinger, KeepsWrappedSidesBeforeShortOnes) {
         MakeTriangleFeature({10, 10, 1, 0}, {150, 10, 2, 0}, {10, 150, 3, 0});
     const TriangleFeature small =
         MakeTriangleFeature({10, 10, 1, 0}, {30, 10, 2, 0}, {20, 30, 3, 0});
-    const std::vector<TriangleFeature> sorted = {large, small};
-    ASSERT_TRUE(TriangleKeyLess(large, small));
+    std::vector<TriangleFeature> sorted = {small, large};
+    test::SortTriangles(sorted);
+    ASSERT_EQ(sorted[0], large);
     for (int turns = 1; turns < 4; ++turns) {
         EXPECT_EQ(Oriented(sorted).list(static_cast<std::size_t>(turns)),
                   naive::Turned(sorted, turns));
@@ -204,7 +205,7 @@ TEST(OrientedFinger, AgreesWithThePlainRotationOnFlatTriangles) {
             triangles.push_back(MadeAt({{{100, 100}, {100 + step, 100}, {100, 100 + other}}}));
         }
     }
-    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+    test::SortTriangles(triangles);
     ExpectPlainOrientations(triangles);
 }
 
@@ -218,7 +219,7 @@ TEST(OrientedFinger, AgreesWithThePlainRotationOnAllSmallTriangles) {
             }
         }
     }
-    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+    test::SortTriangles(triangles);
     ExpectPlainOrientations(triangles);
 }
 
@@ -231,7 +232,7 @@ TEST(OrientedFinger, AgreesWithThePlainRotationOnTheEdgesOfTheGrid) {
         };
         triangles.push_back(MadeAt({spot(i), spot(i / 25), spot(i / 625)}));
     }
-    std::stable_sort(triangles.begin(), triangles.end(), TriangleKeyLess);
+    test::SortTriangles(triangles);
     ExpectPlainOrientations(triangles);
 }
 

@@ -1,6 +1,5 @@
 #include "matcher/matching/pair_search.h"
 
-#include <algorithm>
 #include <random>
 #include <vector>
 
@@ -191,7 +190,7 @@ TEST(PairSearch, AgreesWithThePlainOneOnTrianglesOfAnyVertices) {
         const auto first = test::RandomTriangles(random, 80, extent);
         auto second = test::RandomTriangles(random, 80, extent);
         second.insert(second.end(), first.begin(), first.end());
-        std::stable_sort(second.begin(), second.end(), TriangleKeyLess);
+        test::SortTriangles(second);
         ExpectAgreementWithTheOracle(first, second);
         ExpectAgreementWithTheOracle(second, second);
     }
