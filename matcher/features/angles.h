@@ -15,6 +15,7 @@
 namespace orl::matcher {
 
 inline constexpr int kFeatureStepsPerTurn = 255;  // direction bytes, bearings, tables
+inline constexpr int kAxialFoldSteps = 128;       // half of it, up: lines come round there
 
 // Degrees 0..360 to steps of the 255-step turn, rounded half away from zero: 360 gives 255,
 // 180 gives 128, 1 gives 1.
@@ -32,9 +33,8 @@ constexpr std::int16_t CircularDifference(std::int16_t a, std::int16_t b) {
 
 // Smaller angle between two undirected lines: the circular difference m folded to min(128 - m, m).
 constexpr std::int16_t AxialDifference(std::int16_t a, std::int16_t b) {
-    constexpr int kHalfTurnSteps = 128;
     const int difference = CircularDifference(a, b);
-    const int other = kHalfTurnSteps - difference;
+    const int other = kAxialFoldSteps - difference;
     return static_cast<std::int16_t>(other < difference ? other : difference);
 }
 

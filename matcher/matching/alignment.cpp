@@ -3,11 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <cassert>
-#include <cmath>
-#include <cstdlib>
 #include <cstring>
 
-#include "matcher/features/angles.h"
 #include "matcher/features/lookup_tables.h"
 #include "matcher/matching/kernels/pair_boxes.h"
 #include "matcher/matching/scaled_turns.h"
@@ -15,9 +12,7 @@
 namespace orl::matcher {
 namespace {
 
-constexpr int kAnchorDirectionRejectedFromSteps = 44;  // axial, after the rotation
-constexpr float kDegreesPerStep = 1.40625F;            // 360 / 256
-constexpr float kStepsPerDegree = 0.7111111F;          // 256 / 360
+constexpr float kStepsPerDegree = 0.7111111F;  // 256 / 360
 constexpr std::size_t kHypothesesPerPair = 2;
 constexpr std::size_t kAlignmentsPerTask = 2;
 
@@ -38,27 +33,6 @@ constexpr std::array<int, kRefinedSlots> kRefinedSteps = [] {
     return steps;
 }();
 
-// A rotation reduced to 0..255, negative ones included: -10 gives 246.
-std::uint8_t reducedTurn(int steps) {
-    return static_cast<std::uint8_t>(steps);
-}
-
-// Angle between the pair's directions, as undirected lines, once the first one is turned; steps.
-int directionResidual(std::int16_t rotation, const MinutiaPair& pair) {
-    const std::uint8_t expected = reducedTurn(pair.first.angle + rotation);
-    return AxialDifference(pair.second.angle, expected);
-}
-
-// Whether that residual is too large. On a circle of 255 lines are that far apart at 44 to 84
-// steps, and seen the other way round at 171 to 211.
-bool isDirectionRejected(std::int16_t rotation, const MinutiaPair& pair) {
-    constexpr unsigned kFirst = kAnchorDirectionRejectedFromSteps;
-    constexpr unsigned kLast = 128 - kFirst;
-    const int difference = pair.second.angle - reducedTurn(pair.first.angle + rotation);
-    const auto apart = static_cast<unsigned>(std::abs(difference));
-    return apart - kFirst <= kLast - kFirst || apart - (255 - kLast) <= kLast - kFirst;
-}
-
 // How many bits are set.
 std::int32_t bitsIn(std::span<const std::uint64_t> words) {
     int bits = 0;
@@ -76,77 +50,6 @@ void forEachBit(std::span<const std::uint64_t> words, Function function) {
             function(i * kNearPairsWordBits + static_cast<std::size_t>(std::countr_zero(word)));
         }
     }
-}
-
-// Rank n/2 of the residuals in ascending order; of an even number the mean with the one below it.
-// Square roots keep the order of what they are taken of.
-float medianResidual(std::span<float> squared) {
-    if (squared.empty()) {
-        return 0.0F;
-    }
-    const auto middle = squared.begin() + static_cast<std::ptrdiff_t>(squared.size() / 2);
-    std::nth_element(squared.begin(), middle, squared.end());
-    if (squared.size() % 2 != 0) {
-        return std::sqrt(*middle);
-    }
-    return (std::sqrt(*std::max_element(squared.begin(), middle)) + std::sqrt(*middle)) * 0.5F;
-}
-
-// The direction residuals of some pairs: how often each number of steps occurs.
-class DirectionResiduals {
-  public:
-    void add(int steps) {
-        ++counts_[static_cast<std::size_t>(steps)];
-        ++size_;
-    }
-
-    // As above, in degrees.
-    float median() const {
-        if (size_ == 0) {
-            return 0.0F;
-        }
-        const float middle = degreesOfRank(size_ / 2);
-        return size_ % 2 != 0 ? middle : (degreesOfRank(size_ / 2 - 1) + middle) * 0.5F;
-    }
-
-  private:
-    float degreesOfRank(std::size_t rank) const {
-        std::size_t steps = 0;
-        for (std::size_t upTo = counts_[0]; upTo <= rank; upTo += counts_[steps]) {
-            ++steps;
-        }
-        return static_cast<float>(steps) * kDegreesPerStep;
-    }
-
-    std::array<std::uint16_t, kAnchorDirectionRejectedFromSteps> counts_{};
-    std::size_t size_ = 0;
-};
-
-float overlap(float area, float referenceArea) {
-    return referenceArea > 0.0F ? std::clamp(area / referenceArea, 0.0F, 1.0F) : 0.0F;
-}
-
-float matchedRatio(std::int32_t count, const AlignmentReference& reference) {
-    const std::uint64_t smallerCount = std::max<std::uint64_t>(
-        std::min(reference.firstMinutiaCount, reference.secondMinutiaCount), 1);
-    const float ratio = static_cast<float>(count) / static_cast<float>(smallerCount);
-    return std::clamp(ratio, 0.0F, 1.0F);
-}
-
-bool isBetterEvaluation(const AlignmentEvaluation& challenger, const AlignmentEvaluation& best) {
-    if (challenger.count != best.count) {
-        return challenger.count > best.count;
-    }
-    if (challenger.matchedRatio != best.matchedRatio) {
-        return challenger.matchedRatio > best.matchedRatio;
-    }
-    if (challenger.coverage != best.coverage) {
-        return challenger.coverage > best.coverage;
-    }
-    if (challenger.distanceMedian != best.distanceMedian) {
-        return challenger.distanceMedian < best.distanceMedian;
-    }
-    return challenger.angleMedian < best.angleMedian;
 }
 
 // The first index from `index` on with a bound of at least `least`, or the number of bounds.
@@ -183,18 +86,6 @@ bool ranksBefore(std::int32_t count,
 }
 
 }  // namespace
-
-AlignmentReference alignmentReference(std::span<const MinutiaPair> pairs,
-                                      std::uint64_t firstMinutiaCount,
-                                      std::uint64_t secondMinutiaCount) {
-    assert(!pairs.empty());
-    PairBoxes boxes(pairs.front());
-    for (const MinutiaPair& pair : pairs) {
-        boxes.extend(pair);
-    }
-    const PairBoxAreas areas = boxes.areas();
-    return {areas.first, areas.second, firstMinutiaCount, secondMinutiaCount};
-}
 
 AlignmentVote::AlignmentVote(std::span<const MinutiaPair> pairs,
                              Scratch& scratch,

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <span>
 
+#include "matcher/matching/alignment_measures.h"
 #include "matcher/matching/alignment_records.h"
 #include "matcher/matching/kernels/near_pairs.h"
 #include "matcher/matching/match_context.h"
@@ -25,20 +26,6 @@ enum class EvaluationDepth {
     kCountOnly,       // agreeing pairs; the four floats stay 0
     kWithStatistics,  // medians, coverage and matched ratio too
 };
-
-// What an alignment's statistics are measured against, the same for all alignments of one finger
-// match.
-struct AlignmentReference {
-    float firstArea = 0.0F;   // bounding box of all pairs' first vertices, grid units squared
-    float secondArea = 0.0F;  // bounding box of all pairs' second vertices
-    std::uint64_t firstMinutiaCount = 0;
-    std::uint64_t secondMinutiaCount = 0;
-};
-
-// The reference of these minutia pairs. REQUIRES: not empty.
-AlignmentReference alignmentReference(std::span<const MinutiaPair> pairs,
-                                      std::uint64_t firstMinutiaCount,
-                                      std::uint64_t secondMinutiaCount);
 
 // The vote on the alignments of one orientation.
 class AlignmentVote {

@@ -209,34 +209,5 @@ TEST(EvaluateAlignment, LeavesTheStatisticsAtZeroWhenOnlyCounting) {
     EXPECT_EQ(evaluation, (AlignmentEvaluation{.count = 3, .anchor = 1, .rotation = -3}));
 }
 
-TEST(AlignmentReference, MeasuresTheBoxOfAllPairs) {
-    const Vote vote({Displaced(40, 40, 0, 0),
-                     Displaced(49, 40, 0, 0),
-                     Displaced(40, 59, 0, 0),
-                     Displaced(49, 59, 0, 0),
-                     Displaced(79, 40, 80, 100)});
-    // First box 40..79 by 40..59: 40 * 20; second box 40..159 by 40..140: 120 * 101.
-    EXPECT_EQ(vote.reference().firstArea, 800.0F);
-    EXPECT_EQ(vote.reference().secondArea, 12120.0F);
-    EXPECT_EQ(vote.reference().firstMinutiaCount, 10U);
-    EXPECT_EQ(vote.reference().secondMinutiaCount, 20U);
-    const AlignmentEvaluation best = vote.best();
-    EXPECT_EQ(best.count, 4);
-    EXPECT_EQ(best.anchor, 0U);
-    EXPECT_EQ(best.matchedRatio, 0.4F);  // 4 of 10
-    // The agreeing pairs cover 10 * 20 in both.
-    EXPECT_EQ(best.coverage, (200.0F / 800.0F + 200.0F / 12120.0F) * 0.5F);
-}
-
-TEST(AlignmentReference, MeasuresASinglePairAsOneGridUnitAndTheWholeGridAs65536) {
-    const AlignmentReference one = alignmentReference(std::vector{Displaced(255, 0, 0, 9)}, 1, 2);
-    EXPECT_EQ(one.firstArea, 1.0F);
-    EXPECT_EQ(one.secondArea, 1.0F);
-    const AlignmentReference whole = alignmentReference(
-        std::vector{Displaced(0, 255, 255, -255), Displaced(255, 0, -255, 255)}, 1, 2);
-    EXPECT_EQ(whole.firstArea, 65536.0F);
-    EXPECT_EQ(whole.secondArea, 65536.0F);
-}
-
 }  // namespace
 }  // namespace orl::matcher
