@@ -39,7 +39,8 @@ TriangleCode turnedCode(const TriangleCode& code, std::size_t start);
 }  // namespace orl::matcher::plain
 
 #if defined(__SSE2__)
-#include "matcher/matching/kernels/triangle_code_sse2.h"  // IWYU pragma: export
+#include "matcher/matching/kernels/quarter_turn_starts_sse2.h"  // IWYU pragma: export
+#include "matcher/matching/kernels/triangle_code_sse2.h"        // IWYU pragma: export
 #endif
 
 namespace orl::matcher {

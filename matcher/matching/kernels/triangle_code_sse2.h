@@ -1,7 +1,7 @@
 #pragma once
 
 // The SSE2 forms of the steps that make triangle codes; see triangle_code_kernels.h for what they
-// compute. Included by that header alone.
+// compute. Included by that header alone. startsOfQuarterTurns: see quarter_turn_starts_sse2.h.
 
 #include <array>
 #include <cstring>
@@ -12,14 +12,17 @@ namespace orl::matcher::sse2 {
 
 inline constexpr std::uint32_t kGroupBytes = 0x00FFFFFF;  // three bytes of a group of four
 
+// A code as one register: group j of the code is 32-bit lane j.
 inline __m128i load(const TriangleCode& code) {
     return _mm_load_si128(reinterpret_cast<const __m128i*>(code.bytes.data()));
 }
 
+// The same back into memory.
 inline void store(TriangleCode& code, __m128i value) {
     _mm_store_si128(reinterpret_cast<__m128i*>(code.bytes.data()), value);
 }
 
+// Four times the same group.
 inline __m128i groupsOf(std::uint32_t group) {
     return _mm_set1_epi32(static_cast<int>(group));
 }
@@ -46,6 +49,7 @@ inline std::uint32_t directionsOf(const TriangleFeature& triangle) {
            std::uint32_t{triangle.vertices[2].angle} << 16U;
 }
 
+// Group 3: the side lengths.
 inline std::uint32_t sidesOf(const TriangleFeature& triangle) {
     std::uint32_t sides = 0;
     std::memcpy(&sides, triangle.sides, sizeof(sides));
@@ -142,90 +146,6 @@ inline TriangleCode turnedCode(const TriangleCode& code, std::size_t start) {
     TriangleCode turned;
     store(turned, turnGroups(load(code), start));
     return turned;
-}
-
-// A vertex as seen from the centre of each orientation: pairs of 16-bit numbers, x below y.
-struct CentredVertex {
-    __m128i offset;
-    __m128i perpendicular;  // (y, -x): the product with another offset is their cross product
-
-    CentredVertex(__m128i vertex, __m128i centre)
-        : offset(_mm_sub_epi16(vertex, centre)), perpendicular(turnedBack(offset)) {}
-
-    // One bit an orientation: whether the turned vertex lies above the centre, on negative y.
-    unsigned above() const {
-        const __m128i turnedY = _mm_madd_epi16(offset, _mm_set_epi16(0, -1, -1, 0, 0, 1, 1, 0));
-        return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(turnedY)));
-    }
-
-    // All ones for each orientation in which this lies well ahead of the other; see the plain form.
-    __m128i isWellAhead(const CentredVertex& other) const {
-        constexpr int kCotangentBits = 4;
-        const __m128i cross = _mm_madd_epi16(other.offset, perpendicular);
-        const __m128i dot = _mm_madd_epi16(other.offset, offset);
-        return _mm_and_si128(_mm_cmpgt_epi32(cross, _mm_setzero_si128()),
-                             _mm_cmpgt_epi32(_mm_slli_epi32(cross, kCotangentBits), dot));
-    }
-
-  private:
-    static __m128i turnedBack(__m128i offset) {
-        constexpr int kHalfBits = 16;
-        const __m128i swapped =
-            _mm_or_si128(_mm_slli_epi32(offset, kHalfBits), _mm_srli_epi32(offset, kHalfBits));
-        const __m128i negated = _mm_set1_epi32(static_cast<int>(0xFFFF0000U));
-        return _mm_sub_epi16(_mm_xor_si128(swapped, negated), negated);
-    }
-};
-
-inline bool startsOfQuarterTurns(const TriangleFeature& triangle, QuarterTurnStarts& starts) {
-    constexpr unsigned kAllOrientations = 0xF;
-    // One byte an orientation for each bit of a set of them; orientation 0 starts where it does.
-    static constexpr std::array<std::uint32_t, 16> kBytes = {0x00000000,
-                                                             0x00000000,
-                                                             0x00000100,
-                                                             0x00000100,
-                                                             0x00010000,
-                                                             0x00010000,
-                                                             0x00010100,
-                                                             0x00010100,
-                                                             0x01000000,
-                                                             0x01000000,
-                                                             0x01000100,
-                                                             0x01000100,
-                                                             0x01010000,
-                                                             0x01010000,
-                                                             0x01010100,
-                                                             0x01010100};
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(&triangle));
-    const __m128i firstTwo = _mm_unpacklo_epi8(bytes, _mm_setzero_si128());
-    const __m128i a = _mm_shuffle_epi32(firstTwo, _MM_SHUFFLE(0, 0, 0, 0));
-    const __m128i b = _mm_shuffle_epi32(firstTwo, _MM_SHUFFLE(2, 2, 2, 2));
-    const __m128i c =
-        _mm_shuffle_epi32(_mm_unpackhi_epi8(bytes, _mm_setzero_si128()), _MM_SHUFFLE(0, 0, 0, 0));
-    // Orientations 0 to 3 mirror nothing, y, both, x.
-    const __m128i up = _mm_set_epi16(0, 1, 1, 1, 1, 0, 0, 0);
-    const __m128i half = _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(a, b), up), 1);
-    const __m128i centre = _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(half, c), up), 1);
-    const CentredVertex first(a, centre);
-    const CentredVertex second(b, centre);
-    const CentredVertex third(c, centre);
-
-    const __m128i isOrdered =
-        _mm_and_si128(_mm_and_si128(second.isWellAhead(first), third.isWellAhead(second)),
-                      first.isWellAhead(third));
-    const unsigned firstAbove = first.above();
-    const unsigned secondAbove = second.above();
-    const unsigned thirdAbove = third.above();
-    const unsigned startsAtFirst = firstAbove & ~thirdAbove;
-    const unsigned startsAtSecond = secondAbove & ~firstAbove;
-    const unsigned startsAtThird = thirdAbove & ~secondAbove;
-    if (static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(isOrdered))) != kAllOrientations ||
-        (startsAtFirst | startsAtSecond | startsAtThird) != kAllOrientations) {
-        return false;
-    }
-    const std::uint32_t packed = kBytes[startsAtSecond] | kBytes[startsAtThird] << 1U;
-    std::memcpy(starts.data(), &packed, sizeof(packed));
-    return true;
 }
 
 }  // namespace orl::matcher::sse2
