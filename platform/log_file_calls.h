@@ -59,6 +59,7 @@ struct LocalTime {
     int millisecond;
 };
 
+// What the clock shows at the moment of the call, daylight saving time included.
 LocalTime CurrentLocalTime() noexcept;
 
 }  // namespace orl::platform

@@ -29,8 +29,8 @@ struct Minutia {
 constexpr std::uint16_t DegreesFromAngleByte(std::uint8_t angleByte) {
     constexpr float kDegreesPerAngleByte = 1.40625F;
     constexpr int kFullTurnDegrees = 360;
-    const int degrees =
-        static_cast<int>(360.0F - static_cast<float>(angleByte) * kDegreesPerAngleByte);
+    const int degrees = static_cast<int>(static_cast<float>(kFullTurnDegrees) -
+                                         static_cast<float>(angleByte) * kDegreesPerAngleByte);
     return static_cast<std::uint16_t>(degrees > kFullTurnDegrees ? degrees - kFullTurnDegrees
                                                                  : degrees);
 }

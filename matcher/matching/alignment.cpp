@@ -101,7 +101,7 @@ AlignmentVote::AlignmentVote(std::span<const MinutiaPair> pairs,
       agreeingSquaredResiduals_(scratch.take<float>(pairs.size())) {
     assert(!pairs.empty());
     fastestAgreementBounds()(table_.positions(), tasks_, bounds_);
-    // As signed numbers, which are compared quicker; there are fewer than 32768 pairs.
+    // As signed numbers, which are compared quicker; see kMaxPairs.
     std::int16_t most = 0;
     for (const std::uint16_t bound : bounds_) {
         most = std::max(most, static_cast<std::int16_t>(bound));

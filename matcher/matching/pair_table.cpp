@@ -11,7 +11,7 @@ namespace orl::matcher {
 
 PairTable::PairTable(std::span<const MinutiaPair> pairs, Scratch& scratch)
     : anchors_(scratch.take<BoundTask>(pairs.size())) {
-    assert(pairs.size() < 32768);
+    assert(pairs.size() <= kMaxPairs);
     sortByTurn(pairs, scratch);
     layOutPositions(scratch);
 }
@@ -91,8 +91,9 @@ void PairTable::sortByTurn(std::span<const MinutiaPair> pairs, Scratch& scratch)
 void PairTable::layOutPositions(Scratch& scratch) {
     constexpr int kFirstScale = 64;
     constexpr int kSecondScale = 32;
+    constexpr std::size_t kCoordinates = 4;  // of a pair: x and y, first and second
     const std::size_t entries = sorted_.size() + kBoundLanes;
-    const std::span<std::int16_t> all = scratch.take<std::int16_t>(4 * entries);
+    const std::span<std::int16_t> all = scratch.take<std::int16_t>(kCoordinates * entries);
     const std::span<std::int16_t> firstX = all.first(entries);
     const std::span<std::int16_t> firstY = all.subspan(entries, entries);
     const std::span<std::int16_t> secondX = all.subspan(2 * entries, entries);

@@ -20,10 +20,13 @@
 
 namespace orl::matcher {
 
+// The most pairs of a table: numbers of pairs are compared as signed 16-bit ones, too.
+inline constexpr std::size_t kMaxPairs = 32767;
+
 class PairTable {
   public:
     // Lays out `pairs`; all memory is taken from `scratch`.
-    // REQUIRES: fewer than 32768 pairs. Throws: std::bad_alloc.
+    // REQUIRES: at most kMaxPairs. Throws: std::bad_alloc.
     PairTable(std::span<const MinutiaPair> pairs, Scratch& scratch);
 
     std::size_t size() const { return anchors_.size(); }

@@ -118,6 +118,8 @@ std::uint32_t qualityBonus(const AlignmentEvaluation& evaluation,
     return good ? tier + 1 : tier;
 }
 
+// 4 for many pairs on a small patch, 3 and 2 for figures beyond the limits of those levels, 1 for
+// such as merely miss what goes without a penalty.
 std::uint32_t qualityPenaltyLevel(const AlignmentEvaluation& evaluation, std::uint32_t score) {
     if (score >= kThinCoverageLevelFromScore && evaluation.coverage < kThinCoverageBelow &&
         evaluation.matchedRatio > kThinMatchedRatioAbove) {
