@@ -83,8 +83,8 @@ class AlignmentVote {
     // The best evaluation so far of a refinement; the medians follow when they are asked for.
     struct Leader {
         AlignmentEvaluation evaluation;
-        std::size_t order;  // of evaluation, 0 for the one before the refinement
-        bool hasMedians;
+        std::size_t order = 0;  // of evaluation, 0 for the one before the refinement
+        bool hasMedians = false;
     };
 
     std::span<const BoundTask> tasksReaching(std::int32_t leastCount) const;
