@@ -31,6 +31,9 @@ std::uint32_t qualityBonus(const AlignmentEvaluation& evaluation,
 // to that band.
 std::uint32_t qualityPenaltyLevel(const AlignmentEvaluation& evaluation, std::uint32_t score);
 
+// The same within that band, and 0 for all other scores.
+std::uint32_t qualityPenaltyLevelInBand(const AlignmentEvaluation& evaluation, std::uint32_t score);
+
 // The score after the bonus (for scores of 180..310) and then the penalty (for scores of 290..400,
 // the bonus included).
 std::uint32_t applyQualityStages(const AlignmentEvaluation& evaluation,

@@ -21,9 +21,12 @@ struct FirstLookups {
     std::uint8_t distance = 0;
     float cosine = 0.0F;
     float sine = 0.0F;
+    const BearingTable* bearings = nullptr;
+    const DistanceTable* distances = nullptr;
+    const QuarterTurnBearings* quarterTurnBearings = nullptr;
 };
 
-TEST(LookupTables, AreRightForThreadsThatAllUseThemForTheFirstTimeAndTakeNoHeapMemory) {
+TEST(LookupTables, AreRightAndTheSameForThreadsThatAllUseThemFirstAndTakeNoHeapMemory) {
     std::array<FirstLookups, kThreads> seen;
     std::atomic<std::size_t> ready{0};
     std::atomic<bool> go{false};
@@ -39,6 +42,9 @@ TEST(LookupTables, AreRightForThreadsThatAllUseThemForTheFirstTimeAndTakeNoHeapM
             mine.distance = Distance({.x = 0, .y = 0}, {.x = 255, .y = 255});
             mine.cosine = Cos(-255);
             mine.sine = Sin(64);
+            mine.bearings = &BearingTable::Table();
+            mine.distances = &DistanceTable::Table();
+            mine.quarterTurnBearings = &QuarterTurnBearings::Table();
         });
     }
     while (ready.load() < kThreads) {
@@ -59,6 +65,9 @@ TEST(LookupTables, AreRightForThreadsThatAllUseThemForTheFirstTimeAndTakeNoHeapM
         EXPECT_EQ(lookups.distance, 105);
         EXPECT_EQ(lookups.cosine, std::cos(-255.0F * 0.024639942F));
         EXPECT_EQ(lookups.sine, std::sin(64.0F * 0.024639942F));
+        EXPECT_EQ(lookups.bearings, seen[0].bearings);
+        EXPECT_EQ(lookups.distances, seen[0].distances);
+        EXPECT_EQ(lookups.quarterTurnBearings, seen[0].quarterTurnBearings);
     }
 }
 

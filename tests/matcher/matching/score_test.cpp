@@ -189,6 +189,15 @@ TEST(QualityPenaltyLevel, KnowsNoLevelFourBelowAScoreOf33) {
     EXPECT_EQ(qualityPenaltyLevel(smallPatch, 32), 2U);
 }
 
+TEST(QualityPenaltyLevel, IsZeroForScoresOutsideItsBandWhereTheBandCounts) {
+    for (const std::uint32_t score : {0U, 180U, 289U, 401U, 1000U}) {
+        EXPECT_EQ(qualityPenaltyLevelInBand(kHopeless, score), 0U) << score;
+    }
+    for (const std::uint32_t score : {290U, 345U, 400U}) {
+        EXPECT_EQ(qualityPenaltyLevelInBand(kHopeless, score), 3U) << score;
+    }
+}
+
 TEST(QualityStages, AddAndTakeInTheirBandsOnly) {
     const AlignmentEvaluation thin = Figures(0.3F, 0.55F, 0.0F, 0.0F);
     const AlignmentEvaluation thinButMany = Figures(0.3F, 0.56F, 0.0F, 0.0F);
