@@ -26,6 +26,16 @@ struct FirstLookups {
     const QuarterTurnBearings* quarterTurnBearings = nullptr;
 };
 
+FirstLookups lookUp() {
+    return {.bearing = Bearing(-1, -255),
+            .distance = Distance({.x = 0, .y = 0}, {.x = 255, .y = 255}),
+            .cosine = Cos(-255),
+            .sine = Sin(64),
+            .bearings = &BearingTable::Table(),
+            .distances = &DistanceTable::Table(),
+            .quarterTurnBearings = &QuarterTurnBearings::Table()};
+}
+
 TEST(LookupTables, AreRightAndTheSameForThreadsThatAllUseThemFirstAndTakeNoHeapMemory) {
     std::array<FirstLookups, kThreads> seen;
     std::atomic<std::size_t> ready{0};
@@ -38,13 +48,7 @@ TEST(LookupTables, AreRightAndTheSameForThreadsThatAllUseThemFirstAndTakeNoHeapM
             while (!go.load()) {
                 std::this_thread::yield();
             }
-            mine.bearing = Bearing(-1, -255);
-            mine.distance = Distance({.x = 0, .y = 0}, {.x = 255, .y = 255});
-            mine.cosine = Cos(-255);
-            mine.sine = Sin(64);
-            mine.bearings = &BearingTable::Table();
-            mine.distances = &DistanceTable::Table();
-            mine.quarterTurnBearings = &QuarterTurnBearings::Table();
+            mine = lookUp();
         });
     }
     while (ready.load() < kThreads) {
