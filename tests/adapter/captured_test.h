@@ -1,14 +1,13 @@
 #pragma once
 
-// What the tests of Verify and Identify share: a unit with a captured sample, records to store and
-// the matcher's answers, and the samples that both refuse alike.
+// What the tests of Verify and Identify share: a unit with a captured sample, and the samples that
+// both refuse alike.
 
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "tests/adapter/adapter_test.h"
+#include "tests/adapter/comparing_test.h"
 
 namespace orl::test {
 
@@ -32,27 +31,16 @@ inline std::vector<std::uint8_t> EmptyBlockBir() {
 }
 
 // An accepted sample of 3 minutiae, a ready matcher and an empty log.
-class CapturedTest : public UnitTest {
+class CapturedTest : public ComparingTest {
   protected:
     void SetUp() override {
-        UnitTest::SetUp();
-        TheFakeMatcher().initialized = true;
+        ComparingTest::SetUp();
         Capture(BirOf(3, 0x31));
     }
 
     void Capture(const std::vector<std::uint8_t>& bir) {
         EXPECT_EQ(TheUnit().Accept(bir), S_OK);
         TakeLog();
-    }
-
-    void Store(std::uint32_t identity, WINBIO_BIOMETRIC_SUBTYPE subFactor, std::uint8_t filler) {
-        TheUnit().storage.records.push_back({.identity = IdentityNumber(identity),
-                                             .subFactor = subFactor,
-                                             .templateBlob = BirOf(4, filler)});
-    }
-
-    static void Answer(MatchAnswer answer) {
-        TheFakeMatcher().answers.push_back(std::move(answer));
     }
 
     FeatureSetOutputs outputs_;

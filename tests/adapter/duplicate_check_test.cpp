@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 
 #include "adapter/enrollment.h"
-#include "tests/adapter/adapter_test.h"
+#include "tests/adapter/comparing_test.h"
 #include "tests/adapter/stored_record_lines.h"
 
 namespace orl::test {
@@ -26,27 +26,16 @@ std::string NoDuplicate(int records) {
            " records";
 }
 
-class CheckForDuplicate : public UnitTest {
+class CheckForDuplicate : public ComparingTest {
   protected:
     void SetUp() override {
-        UnitTest::SetUp();
-        TheFakeMatcher().initialized = true;
+        ComparingTest::SetUp();
         Pend(BirOf(3, 0x31));
     }
 
     void Pend(const std::vector<std::uint8_t>& bir) {
         EXPECT_EQ(TheUnit().Enroll(bir), S_OK);
         TakeLog();
-    }
-
-    void Store(std::uint32_t identity, WINBIO_BIOMETRIC_SUBTYPE subFactor, std::uint8_t filler) {
-        TheUnit().storage.records.push_back({.identity = IdentityNumber(identity),
-                                             .subFactor = subFactor,
-                                             .templateBlob = BirOf(4, filler)});
-    }
-
-    static void Answer(MatchAnswer answer) {
-        TheFakeMatcher().answers.push_back(std::move(answer));
     }
 
     HRESULT Check() { return TheUnit().CheckForDuplicate(outputs_); }
