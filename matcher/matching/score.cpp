@@ -134,7 +134,7 @@ std::uint32_t qualityPenaltyLevel(const AlignmentEvaluation& evaluation, std::ui
     return passes(evaluation, kPenaltyFree) ? 0 : 1;
 }
 
-std::uint32_t qualityPenaltyLevelInBand(const AlignmentEvaluation& evaluation,
+std::uint32_t bandedQualityPenaltyLevel(const AlignmentEvaluation& evaluation,
                                         std::uint32_t score) {
     return kPenaltyBand.contains(score) ? qualityPenaltyLevel(evaluation, score) : 0;
 }
@@ -146,8 +146,11 @@ std::uint32_t applyQualityStages(const AlignmentEvaluation& evaluation,
         const std::uint32_t bonus = qualityBonus(evaluation, refined, score);
         score = std::min(score + kPointsPerLevel * bonus, kMaxScore);
     }
-    // The band begins far above the greatest penalty.
-    return score - kPointsPerLevel * qualityPenaltyLevelInBand(evaluation, score);
+    if (kPenaltyBand.contains(score)) {
+        const std::uint32_t penalty = kPointsPerLevel * qualityPenaltyLevel(evaluation, score);
+        score = score > penalty ? score - penalty : 0;
+    }
+    return score;
 }
 
 bool mayBeBetter(const FingerMatchResult& best,

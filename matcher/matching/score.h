@@ -31,8 +31,8 @@ std::uint32_t qualityBonus(const AlignmentEvaluation& evaluation,
 // to that band.
 std::uint32_t qualityPenaltyLevel(const AlignmentEvaluation& evaluation, std::uint32_t score);
 
-// The same within that band, and 0 for all other scores.
-std::uint32_t qualityPenaltyLevelInBand(const AlignmentEvaluation& evaluation, std::uint32_t score);
+// The same rule with the band: 0 for scores outside 290..400.
+std::uint32_t bandedQualityPenaltyLevel(const AlignmentEvaluation& evaluation, std::uint32_t score);
 
 // The score after the bonus (for scores of 180..310) and then the penalty (for scores of 290..400,
 // the bonus included).

@@ -189,12 +189,12 @@ TEST(QualityPenaltyLevel, KnowsNoLevelFourBelowAScoreOf33) {
     EXPECT_EQ(qualityPenaltyLevel(smallPatch, 32), 2U);
 }
 
-TEST(QualityPenaltyLevel, IsZeroForScoresOutsideItsBandWhereTheBandCounts) {
+TEST(BandedQualityPenaltyLevel, IsZeroOutsideTheBand) {
     for (const std::uint32_t score : {0U, 180U, 289U, 401U, 1000U}) {
-        EXPECT_EQ(qualityPenaltyLevelInBand(kHopeless, score), 0U) << score;
+        EXPECT_EQ(bandedQualityPenaltyLevel(kHopeless, score), 0U) << score;
     }
     for (const std::uint32_t score : {290U, 345U, 400U}) {
-        EXPECT_EQ(qualityPenaltyLevelInBand(kHopeless, score), 3U) << score;
+        EXPECT_EQ(bandedQualityPenaltyLevel(kHopeless, score), 3U) << score;
     }
 }
 
