@@ -4,9 +4,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
-#include <system_error>
 
-#include "tools/command_line/utf8_path.h"
+#include "tools/command_line/file_name.h"
 
 namespace orl::tools {
 
@@ -16,21 +15,13 @@ TextLines::TextLines(const std::string& name)
         return;
     }
     std::filesystem::path path;
-    try {
-        path = pathFromUtf8(name);
-    } catch (const std::system_error&) {
-        failure_ = "the name is not valid UTF-8";
-        return;
-    }
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored)) {
-        failure_ = "is a directory";
+    if (!resolveFileName(name, path, failure_)) {
         return;
     }
     errno = 0;
     file_.open(path, std::ios::binary);
     if (!file_) {
-        failure_ = errno == 0 ? "cannot be opened" : std::generic_category().message(errno);
+        failure_ = reasonFromErrno("cannot be opened");
     }
 }
 
@@ -49,7 +40,7 @@ bool TextLines::next(std::string& line) {
         line.push_back(letter);
     }
     if (endedWithFailure()) {
-        return fail(errno == 0 ? "cannot be read" : std::generic_category().message(errno));
+        return fail(reasonFromErrno("cannot be read"));
     }
     if (line.empty() && !stream()) {
         return false;

@@ -4,9 +4,8 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <system_error>
 
-#include "tools/command_line/utf8_path.h"
+#include "tools/command_line/file_name.h"
 #include "tools/orl_finger/complaint.h"
 
 namespace orl::tools {
@@ -14,31 +13,11 @@ namespace {
 
 constexpr std::size_t kReadChunkBytes = 65536;
 
-bool resolveName(const std::string& name, std::filesystem::path& path, std::string& reason) {
-    try {
-        path = pathFromUtf8(name);
-    } catch (const std::system_error&) {
-        reason = "the name is not valid UTF-8";
-        return false;
-    }
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored)) {
-        reason = "is a directory";
-        return false;
-    }
-    return true;
-}
-
-// What the last failed call of the C library said, or `otherwise` when it said nothing.
-std::string reasonFromErrno(const char* otherwise) {
-    return errno == 0 ? otherwise : std::generic_category().message(errno);
-}
-
 }  // namespace
 
 bool readFile(const std::string& name, std::vector<std::uint8_t>& bytes, std::string& reason) {
     std::filesystem::path path;
-    if (!resolveName(name, path, reason)) {
+    if (!resolveFileName(name, path, reason)) {
         return false;
     }
     errno = 0;
@@ -75,7 +54,7 @@ bool readOrComplain(const std::string& name, std::vector<std::uint8_t>& bytes, s
 
 bool writeFile(const std::string& name, std::span<const std::uint8_t> bytes, std::string& reason) {
     std::filesystem::path path;
-    if (!resolveName(name, path, reason)) {
+    if (!resolveFileName(name, path, reason)) {
         return false;
     }
     errno = 0;

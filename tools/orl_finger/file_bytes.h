@@ -11,7 +11,7 @@
 
 namespace orl::tools {
 
-// More than any record has: a header, 255 views of 255 minutiae and the most extended data.
+// The most that a record can have: a header, 255 views of 255 minutiae and the most extended data.
 inline constexpr std::size_t kMaxFileBytes = 24 + 255 * (4 + 255 * 6 + 2 + 65535);
 
 // Reads the whole file. Returns false with a short reason (no trailing dot or newline) when it
